@@ -1,0 +1,92 @@
+// GArray: the one growable array of the engine. It grows linearly by a fixed
+// step and never shrinks; the destroy policy says what RemoveAll does with the
+// elements (nothing, tovFree them, or delete them). Elements are moved with
+// memcpy, so T must be a plain value or a pointer.
+#ifndef ZEL_BASE_GARRAY_H
+#define ZEL_BASE_GARRAY_H
+
+#include <climits>
+#include <cstdint>
+#include <new>
+
+#include "base/Memory.h"
+
+template <class T> struct GDataDestroy {
+    static void Destroy(T&) {}
+};
+template <class T> struct GObjectDestroy {
+    static void Destroy(T&) {}
+};
+template <class T> struct GPointPoolDestroy {
+    static void Destroy(T* p) {
+        if (p) tovFree(p);
+    }
+};
+template <class T> struct GPointObjectDestroy {
+    static void Destroy(T* p) { delete p; }
+};
+
+template <class T, class DestroyPolicy> class GArray {
+public:
+    T* data = nullptr;
+    int count = 0;
+    int capacity = 0;
+    int growBy;
+
+    explicit GArray(int grow = 10) : growBy(grow < 1 ? 10 : grow) {}
+    ~GArray() { RemoveAll(); }
+    GArray(const GArray&) = delete;
+    GArray& operator=(const GArray&) = delete;
+
+    // Appends a copy; 1 on success, 0 (array unchanged) when memory ran out.
+    int Add(const T& element) {
+        if (count == capacity) {
+            if (capacity > INT_MAX - growBy) return 0;
+            int newCapacity = count + growBy;
+            if (static_cast<size_t>(newCapacity) > SIZE_MAX / sizeof(T)) return 0;
+            T* block = static_cast<T*>(tovMalloc(static_cast<size_t>(newCapacity) * sizeof(T)));
+            if (!block) return 0;
+            if (capacity > 0) {
+                tovMemCpy(block, data, static_cast<size_t>(static_cast<unsigned>(capacity)) * sizeof(T));
+                tovFree(data);
+            }
+            data = block;
+            capacity = newCapacity;
+        }
+        tovMemCpy(&data[count], &element, sizeof(T));
+        ++count;
+        return 1;
+    }
+
+    // Removes element i, moving the later ones down; the policy is not applied.
+    void RemoveAt(int i) {
+        if (i < 0 || i >= count) return;
+        tovMemMove(&data[i], &data[i + 1], static_cast<size_t>(count - i - 1) * sizeof(T));
+        --count;
+    }
+
+    // Drops the elements from n on without applying the destroy policy (the
+    // caller owns them elsewhere) and keeps the storage for reuse.
+    void Forget(int n) {
+        if (n >= 0 && n < count) count = n;
+    }
+
+    // Applies the destroy policy to every element and frees the storage.
+    void RemoveAll() {
+        for (int i = 0; i < count; ++i) DestroyPolicy::Destroy(data[i]);
+        if (data) tovFree(data);
+        data = nullptr;
+        count = 0;
+        capacity = 0;
+    }
+
+    T& operator[](int i) { return data[i]; }
+    const T& operator[](int i) const { return data[i]; }
+    int GetCount() const { return count; }
+};
+
+template <class T> using GDataArray = GArray<T, GDataDestroy<T>>;
+template <class T> using GPointPoolArray = GArray<T*, GPointPoolDestroy<T>>;
+template <class T> using GPointObjectArray = GArray<T*, GPointObjectDestroy<T>>;
+
+#endif

@@ -1,0 +1,119 @@
+// GArray: linear growth by a fixed step, the growth-step defaults, and what
+// RemoveAll does with the elements under each destroy policy.
+#include "base/GArray.h"
+
+#include <gtest/gtest.h>
+
+#include <vector>
+
+namespace {
+
+TEST(GArrayTest, GrowthStepDefaultsToTenBelowOne) {
+    struct Case {
+        int requested, step;
+    };
+    for (const Case c : {Case{0, 10}, Case{-5, 10}, Case{1, 1}, Case{3, 3}, Case{10, 10}}) {
+        GDataArray<int> a(c.requested);
+        EXPECT_EQ(a.growBy, c.step) << c.requested;
+        EXPECT_EQ(a.capacity, 0);
+        EXPECT_EQ(a.data, nullptr);
+    }
+}
+
+TEST(GArrayTest, CapacityGrowsLinearlyByTheStep) {
+    GDataArray<int> a(3);
+    std::vector<int> capacities;
+    for (int i = 0; i < 7; ++i) {
+        ASSERT_EQ(a.Add(i * 11), 1);
+        capacities.push_back(a.capacity);
+    }
+    EXPECT_EQ(capacities, (std::vector<int>{3, 3, 3, 6, 6, 6, 9}));
+    for (int i = 0; i < 7; ++i) EXPECT_EQ(a[i], i * 11);
+    EXPECT_EQ(a.GetCount(), 7);
+}
+
+TEST(GArrayTest, DefaultStepGrowsByTen) {
+    GDataArray<double> a(0);
+    for (int i = 0; i < 11; ++i) a.Add(i);
+    EXPECT_EQ(a.capacity, 20);
+}
+
+TEST(GArrayTest, RemoveAllOnEmptyArrayZeroesCounts) {
+    GPointPoolArray<void> a;
+    a.RemoveAll();
+    EXPECT_EQ(a.count, 0);
+    EXPECT_EQ(a.capacity, 0);
+    EXPECT_EQ(a.data, nullptr);
+}
+
+TEST(GArrayTest, PointPoolFreesBlocksAndSkipsNulls) {
+    GPointPoolArray<void> a(2);
+    ASSERT_EQ(a.Add(nullptr), 1);
+    ASSERT_EQ(a.Add(tovMalloc(16)), 1);
+    ASSERT_EQ(a.Add(nullptr), 1);
+    ASSERT_EQ(a.Add(tovMalloc(1)), 1);
+    a.RemoveAll();  // a leak or a free(null) mistake shows up under ASan
+    EXPECT_EQ(a.count, 0);
+    EXPECT_EQ(a.capacity, 0);
+    EXPECT_EQ(a.data, nullptr);
+    // The array is usable again after RemoveAll.
+    ASSERT_EQ(a.Add(nullptr), 1);
+    EXPECT_EQ(a.capacity, 2);
+}
+
+struct Counted {
+    static int alive;
+    Counted() { ++alive; }
+    ~Counted() { --alive; }
+};
+int Counted::alive = 0;
+
+TEST(GArrayTest, PointObjectDeletesObjectsAndSkipsNulls) {
+    {
+        GPointObjectArray<Counted> a;
+        a.Add(new Counted);
+        a.Add(nullptr);
+        a.Add(new Counted);
+        EXPECT_EQ(Counted::alive, 2);
+        a.RemoveAll();
+        EXPECT_EQ(Counted::alive, 0);
+        a.Add(new Counted);
+    }
+    // The destructor applies the policy too.
+    EXPECT_EQ(Counted::alive, 0);
+}
+
+TEST(GArrayTest, DataPolicyLeavesPointedObjectsAlone) {
+    Counted kept;
+    {
+        GDataArray<Counted*> a;
+        a.Add(&kept);
+        a.RemoveAll();
+    }
+    EXPECT_EQ(Counted::alive, 1);
+}
+
+TEST(GArrayTest, ObjectPolicyStoresValues) {
+    struct Box {
+        double l, t, r, b;
+    };
+    GArray<Box, GObjectDestroy<Box>> a(1);
+    a.Add(Box{1, 2, 3, 4});
+    a.Add(Box{5, 6, 7, 8});
+    EXPECT_EQ(a[1].r, 7);
+    EXPECT_EQ(a.capacity, 2);
+}
+
+TEST(GArrayTest, RemoveAtShiftsLaterElementsDown) {
+    GDataArray<int> a;
+    for (int i = 0; i < 4; ++i) a.Add(i);
+    a.RemoveAt(1);
+    a.RemoveAt(7);
+    a.RemoveAt(-1);
+    ASSERT_EQ(a.GetCount(), 3);
+    EXPECT_EQ(a[0], 0);
+    EXPECT_EQ(a[1], 2);
+    EXPECT_EQ(a[2], 3);
+}
+
+}  // namespace

@@ -1,0 +1,182 @@
+// zelplay's command line: the info, render and thumb subcommands parsed with
+// CLI11, and the mapping of every failure to one stderr line and a documented
+// exit code.
+#include <CLI/CLI.hpp>
+
+#include <cstdio>
+#include <new>
+#include <string>
+
+#include "commands.h"
+#include "output_file.h"
+#include "tool_error.h"
+
+namespace {
+
+const char kExitCodes[] =
+    "Exit codes: 0 success, 1 internal error, 2 usage error (bad option, impossible size or "
+    "frame range), 3 unreadable or invalid movie, 4 output could not be written.";
+
+int ParseHexByte(const std::string& s, size_t at) {
+    int v = 0;
+    for (size_t i = at; i < at + 2; ++i) {
+        const char c = s[i];
+        const int d = c >= '0' && c <= '9'   ? c - '0'
+                      : c >= 'a' && c <= 'f' ? c - 'a' + 10
+                      : c >= 'A' && c <= 'F' ? c - 'A' + 10
+                                             : -1;
+        if (d < 0) return -1;
+        v = v * 16 + d;
+    }
+    return v;
+}
+
+// "transparent", "RRGGBB" or "RRGGBBAA", with an optional leading '#'.
+Background ParseBackground(const std::string& text) {
+    Background bg;
+    bg.fromMovie = false;
+    if (text == "transparent") {
+        bg.rgba[0] = bg.rgba[1] = bg.rgba[2] = bg.rgba[3] = 0;
+        return bg;
+    }
+    const std::string hex = !text.empty() && text[0] == '#' ? text.substr(1) : text;
+    if (hex.size() != 6 && hex.size() != 8) {
+        throw ToolError(kExitUsage, "--background \"" + text + "\": use RRGGBB, RRGGBBAA or transparent");
+    }
+    for (size_t i = 0; i < hex.size(); i += 2) {
+        const int v = ParseHexByte(hex, i);
+        if (v < 0) throw ToolError(kExitUsage, "--background \"" + text + "\": not a hex colour");
+        bg.rgba[i / 2] = uint8_t(v);
+    }
+    if (hex.size() == 6) bg.rgba[3] = 255;
+    return bg;
+}
+
+// "A-B", "A-" (to the end) or "A".
+void ParseFrameRange(const std::string& text, int& first, int& last) {
+    const size_t dash = text.find('-');
+    auto number = [&](const std::string& s) {
+        if (s.empty() || s.size() > 6 || s.find_first_not_of("0123456789") != std::string::npos) {
+            throw ToolError(kExitUsage, "--frames \"" + text + "\": use A-B, A- or A (frames from 1)");
+        }
+        return std::stoi(s);
+    };
+    first = number(text.substr(0, dash));
+    last = dash == std::string::npos ? first : dash + 1 == text.size() ? 0 : number(text.substr(dash + 1));
+    if (first < 1) throw ToolError(kExitUsage, "--frames \"" + text + "\": frames are numbered from 1");
+}
+
+void ParseSize(const std::string& text, int& width, int& height) {
+    const size_t x = text.find('x');
+    const bool ok = x != std::string::npos && x > 0 && x + 1 < text.size() && x <= 6 &&
+                    text.size() - x - 1 <= 6 &&
+                    text.find_first_not_of("0123456789x") == std::string::npos &&
+                    text.find('x', x + 1) == std::string::npos;
+    if (!ok) throw ToolError(kExitUsage, "--size \"" + text + "\": use WIDTHxHEIGHT, e.g. 640x480");
+    width = std::stoi(text.substr(0, x));
+    height = std::stoi(text.substr(x + 1));
+}
+
+}  // namespace
+
+int main(int argc, char** argv) {
+    CLI::App app{"zelplay: inspects and renders SWF vector movies with zelEngine."};
+    app.set_version_flag("--version", "zelplay " ZELPLAY_VERSION);
+    app.require_subcommand(1);
+    app.footer(kExitCodes);
+
+    InfoOptions info;
+    CLI::App* infoCmd = app.add_subcommand("info", "Describe a movie: header, tags, definitions, "
+                                                   "what the engine skips or does not play.");
+    infoCmd->add_option("MOVIE", info.movie, "SWF movie (FWS or CWS)")->required();
+    infoCmd->add_flag("--json", info.json, "Print one JSON object instead of text");
+    infoCmd->footer(kExitCodes);
+
+    RenderOptions render;
+    std::string frames, size, background, format;
+    int frame = 0;
+    unsigned orientation = 0;
+    double scale = 1.0;
+    CLI::App* renderCmd = app.add_subcommand("render", "Render frames to PNG files.");
+    renderCmd->add_option("MOVIE", render.movie, "SWF movie (FWS or CWS)")->required();
+    renderCmd->add_option("-o,--output", render.output,
+                          "Output pattern such as out/frame_%04d.png; - writes one PNG to stdout")
+        ->required();
+    CLI::Option* framesOpt =
+        renderCmd->add_option("--frames", frames, "Frame range A-B, A- or A (frames from 1)");
+    renderCmd->add_option("--frame", frame, "One frame (from 1)")->excludes(framesOpt);
+    CLI::Option* sizeOpt = renderCmd->add_option("--size", size, "Image size WIDTHxHEIGHT; the movie "
+                                                                 "is fitted and centred");
+    renderCmd->add_option("--scale", scale, "Scale factor of the movie's own size (default 1)")
+        ->excludes(sizeOpt);
+    renderCmd->add_option("--orientation", orientation, "Quarter turns, counter-clockwise on screen: 0..3")
+        ->check(CLI::Range(0u, 3u));
+    renderCmd->add_option("--background", background,
+                          "RRGGBB, RRGGBBAA or transparent (default: the movie's colour)");
+    renderCmd->add_option("--format", format,
+                          "Engine pixel format: argb32 (default), rgb24, bgr24, bgr24b, rgb565, "
+                          "rgb555, rgb444, bgr565, or its numeric code");
+    renderCmd->add_flag("--full", render.settings.full,
+                        "Repaint every frame instead of only the update boxes");
+    renderCmd->add_flag("-q,--quiet", render.quiet, "No progress bar and no summary line");
+    renderCmd->footer(kExitCodes);
+
+    ThumbOptions thumb;
+    std::string thumbBackground;
+    CLI::App* thumbCmd = app.add_subcommand("thumb", "Write one representative frame fitted into "
+                                                     "SIZE x SIZE pixels.");
+    thumbCmd->add_option("MOVIE", thumb.movie, "SWF movie (FWS or CWS)")->required();
+    thumbCmd->add_option("-o,--output", thumb.output, "Output PNG (- for stdout)")->required();
+    thumbCmd->add_option("--size", thumb.size, "Largest side in pixels (default 128)");
+    thumbCmd->add_option("--background", thumbBackground, "RRGGBB, RRGGBBAA or transparent");
+    thumbCmd->footer(kExitCodes);
+
+    try {
+        app.parse(argc, argv);
+    } catch (const CLI::CallForHelp& e) {
+        return app.exit(e);
+    } catch (const CLI::CallForAllHelp& e) {
+        return app.exit(e);
+    } catch (const CLI::CallForVersion& e) {
+        return app.exit(e);
+    } catch (const CLI::ParseError& e) {
+        std::fprintf(stderr, "zelplay: %s (see zelplay --help)\n", e.what());
+        return kExitUsage;
+    }
+
+    try {
+        InstallOutputCleanupHandlers();
+        if (infoCmd->parsed()) {
+            RunInfo(info);
+        } else if (renderCmd->parsed()) {
+            if (!frames.empty()) ParseFrameRange(frames, render.firstFrame, render.lastFrame);
+            if (frame != 0 || renderCmd->count("--frame")) {
+                if (frame < 1) throw ToolError(kExitUsage, "--frame: frames are numbered from 1");
+                render.firstFrame = render.lastFrame = frame;
+            }
+            if (!size.empty()) ParseSize(size, render.settings.view.width, render.settings.view.height);
+            if (!(scale > 0 && scale <= 1000)) throw ToolError(kExitUsage, "--scale must be in (0, 1000]");
+            render.settings.view.scale = scale;
+            render.settings.view.orientation = orientation;
+            if (!background.empty()) render.settings.background = ParseBackground(background);
+            if (!format.empty()) {
+                render.settings.format = FindPixelFormat(format);
+                if (!render.settings.format) {
+                    throw ToolError(kExitUsage, "--format \"" + format + "\": use one of " +
+                                                    PixelFormatNames());
+                }
+            }
+            RunRender(render);
+        } else if (thumbCmd->parsed()) {
+            if (!thumbBackground.empty()) thumb.background = ParseBackground(thumbBackground);
+            RunThumb(thumb);
+        }
+    } catch (const ToolError& e) {
+        std::fprintf(stderr, "zelplay: %s\n", e.what());
+        return e.code();
+    } catch (const std::bad_alloc&) {
+        std::fprintf(stderr, "zelplay: out of memory\n");
+        return kExitInternal;
+    }
+    return kExitOk;
+}

@@ -1,0 +1,62 @@
+// Drives the engine over one movie: opens it, sets up the view (size,
+// orientation, origin, background, text callback) and renders frame after
+// frame into a pixel buffer of the chosen format, incrementally by default.
+#pragma once
+
+#include <cstdint>
+#include <vector>
+
+#include "movie_file.h"
+#include "pixel_format.h"
+#include "text_draw.h"
+#include "view_geometry.h"
+
+struct Background {
+    bool fromMovie = true;            // the movie's SetBackgroundColor, else white
+    uint8_t rgba[4] = {255, 255, 255, 255};  // used when fromMovie is false
+};
+
+struct RenderSettings {
+    ViewRequest view;
+    Background background;
+    const PixelFormat* format = nullptr;  // null means ARGB32
+    bool full = false;                   // repaint every frame instead of the update boxes
+};
+
+class MovieRenderer {
+public:
+    // Throws ToolError when the engine refuses the movie or the view is impossible.
+    MovieRenderer(const MovieFile& movie, const RenderSettings& settings);
+    ~MovieRenderer();
+    MovieRenderer(const MovieRenderer&) = delete;
+    MovieRenderer& operator=(const MovieRenderer&) = delete;
+
+    int width() const { return geometry_.imageWidth; }
+    int height() const { return geometry_.imageHeight; }
+
+    // Moves to the next frame; draws it when draw is set. A frame that is not
+    // drawn makes the next drawn frame a full repaint.
+    void Advance(bool draw);
+
+    // The background as ToRGBA shows it.
+    void BackgroundPixel(uint8_t rgba[4]) const;
+
+    // The current image as straight-alpha RGBA rows.
+    void ToRGBA(std::vector<uint8_t>& rgba) const;
+
+private:
+    void ApplyBackground();
+    // Fills a rectangle already clipped to the image with the background.
+    void FillBackground(int left, int top, int right, int bottom);
+
+    RenderSettings settings_;
+    const PixelFormat& format_;
+    void* engine_ = nullptr;
+    ViewGeometry geometry_;
+    bool needFull_ = true;
+    uint8_t background_[4] = {255, 255, 255, 255};
+    size_t stride_ = 0;
+    std::vector<uint8_t> pixels_;
+    _GOFFSCR offscreen_{};
+    TextDrawer text_;
+};
