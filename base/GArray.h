@@ -46,12 +46,16 @@ public:
             if (static_cast<size_t>(newCapacity) > SIZE_MAX / sizeof(T)) return 0;
             T* block = static_cast<T*>(tovMalloc(static_cast<size_t>(newCapacity) * sizeof(T)));
             if (!block) return 0;
+            // The element may live in the old block: copy it before freeing.
+            tovMemCpy(&block[count], &element, sizeof(T));
             if (capacity > 0) {
                 tovMemCpy(block, data, static_cast<size_t>(static_cast<unsigned>(capacity)) * sizeof(T));
                 tovFree(data);
             }
             data = block;
             capacity = newCapacity;
+            ++count;
+            return 1;
         }
         tovMemCpy(&data[count], &element, sizeof(T));
         ++count;

@@ -1,7 +1,6 @@
-// BButton: reading the button records of DefineButton and DefineButton2, and
-// the per-frame protocol, bounds, dirty areas and drawing of the records of
-// the current state, layer by layer. Walks into the records' characters are
-// bounded like the sprites' (BSprite::Nesting).
+// BButton: reading the button records, and the frame protocol, bounds, dirty
+// areas and drawing of the current state's records layer by layer; walks
+// into the records' characters are bounded like the sprites' (BSprite::Nesting).
 #include "chars/BButton.h"
 
 #include <algorithm>

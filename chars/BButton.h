@@ -1,7 +1,6 @@
-// BButton: a DefineButton or DefineButton2 character. It holds the tag's
-// button records (a character at a layer for some of the four states) and
-// draws, layer by layer, the records of its state. Without pointer or focus
-// input the state stays "up"; button actions are not read.
+// BButton: a DefineButton or DefineButton2 character: button records placing
+// characters at layers for the four states. Without pointer or focus input
+// the state stays "up"; button actions are not read.
 #ifndef ZEL_CHARS_BBUTTON_H
 #define ZEL_CHARS_BBUTTON_H
 

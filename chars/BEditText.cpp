@@ -28,8 +28,6 @@ enum : unsigned {
     kHasLayout = 0x2000,
 };
 
-// Glyph outlines use a 1024-unit em square: see BText.
-constexpr double kGlyphScale = 0.05 * 0.01953125;
 // The glyph walk counts with an 8-bit index; it stops where that index would
 // wrap, so a field draws at most this many glyphs and never loops.
 constexpr int kMaxGlyphWalk = 256;
@@ -268,7 +266,7 @@ void BEditText::DrawGlyphs(GStage* stage, const GCTRL_INFO& info, GMatrix& matri
     brush->color = textColor;
 
     const int h = fontHeight;
-    const double scale = h * kGlyphScale;
+    const double scale = h * BText::kGlyphScale;
     const double lineWidth = bounds.right - bounds.left;
     const int lineStep = (h + h / 8) / 20;
     double x = 0;
@@ -288,7 +286,7 @@ void BEditText::DrawGlyphs(GStage* stage, const GCTRL_INFO& info, GMatrix& matri
             GMatrix full = glyph * matrix;
             BText::DrawGlyph(stage, info, full, shape, brushes, pens, dict);
             const int advance = font->GetAdvanceByCode(code);
-            x += advance > 0 ? advance * 0.01953125 * h * 0.05 : h / 2;
+            x += advance > 0 ? advance * scale : h / 2;
             if (wordWrap && lineWidth < x) {
                 x = 0;
                 y += lineStep;

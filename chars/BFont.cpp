@@ -51,7 +51,7 @@ template <class T> T* AllocArray(uint32_t count) {
 
 BFont::~BFont() {
     FreeGlyphs();
-    FreeCodes();
+    FreeFontInfo();
     tovFree(advances);
     tovFree(kerning);
 }
@@ -65,7 +65,7 @@ void BFont::FreeGlyphs() {
     glyphCount = 0;
 }
 
-void BFont::FreeCodes() {
+void BFont::FreeFontInfo() {
     tovFree(codes);
     tovFree(name);
     codes = nullptr;
@@ -296,7 +296,7 @@ int BFont::LoadFont2SWFFile(GParser* p, GDictionary* dict, unsigned) {
 
 int BFont::LoadFontInfoSWFFile(GParser* p, GDictionary* dict, unsigned) {
     p->ScanUI16();
-    FreeCodes();
+    FreeFontInfo();
     nameLength = static_cast<uint16_t>(p->ScanUI8());
     name = static_cast<char*>(tovMalloc(nameLength + 1u));
     if (name) {
@@ -317,7 +317,7 @@ int BFont::LoadFontInfoSWFFile(GParser* p, GDictionary* dict, unsigned) {
         if (!p->error) return 1;
     }
     PushError(dict, kErrFont2);
-    FreeCodes();
+    FreeFontInfo();
     return 0;
 }
 

@@ -54,11 +54,13 @@ public:
     static BFont* Lookup(GDictionary* dict, unsigned short id);
 
 private:
+    // Scans one glyph's records, never past `end` nor 65535 bytes.
     static unsigned char* MeasureGlyph(const unsigned char* glyph, const unsigned char* end,
                                        GDictionary* dict);
     _GSHAPE* NewGlyph(GParser* p, uint32_t length, uint32_t version, GDictionary* dict);
     void FreeGlyphs();
-    void FreeCodes();
+    // Frees the code table and the name, what a DefineFontInfo provides.
+    void FreeFontInfo();
 };
 
 #endif

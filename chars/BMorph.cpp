@@ -1,8 +1,6 @@
-// BMorph: loads a DefineMorphShape into a start and an end shape whose style
-// arrays run in parallel, and builds the in-between points, pens and fill
-// records for a ratio. Coordinates, widths and gradient matrices mix as
-// doubles; colour channels and gradient ratios mix as integers truncated
-// toward zero.
+// BMorph: loads a DefineMorphShape into a start and an end shape with parallel
+// styles, and builds the in-between points, pens and fill records for a ratio
+// (coordinates mix as doubles, colours as integers truncated toward zero).
 #include "chars/BMorph.h"
 
 #include <new>

@@ -1,7 +1,6 @@
-// BSprite: loading the DefineSprite header, running one frame of the
-// sprite's control tags per movie frame on its own display list, caching
-// child sprite instances across loops, and drawing, bounding and reporting
-// the children. Every walk down nested characters is bounded by Nesting.
+// BSprite: the sprite's header, one frame of control tags per prepared movie
+// frame, the child-sprite cache, and drawing, bounds and dirty areas of the
+// children; every walk down nested characters is bounded by Nesting.
 #include "chars/BSprite.h"
 
 #include <climits>
@@ -235,7 +234,8 @@ void BSprite::SpriteParseTags(GClipBox* clip, GMatrix* m, GParser* p, GDictionar
             case kTagRemoveObject2: {
                 if (code == kTagRemoveObject) tag.ScanUI16();  // character id, not needed
                 uint16_t depth = static_cast<uint16_t>(tag.ScanUI16());
-                if (tag.error && errors) errors->PushError(code == kTagRemoveObject ? kErrRemoveObject : kErrRemoveObject2);
+                if (tag.error && errors)
+                    errors->PushError(code == kTagRemoveObject ? kErrRemoveObject : kErrRemoveObject2);
                 RemoveAt(clip, m, depth);
                 break;
             }

@@ -1,8 +1,6 @@
-// BSprite: a DefineSprite character, a nested timeline with a display list of
-// its own. Every placement is an instance of its own (the instance carries the
-// timeline position): it reads one frame of control tags per movie frame,
-// loops to its first frame after the last, and draws its children in depth
-// order with clip layers turned into rasterizer masks.
+// BSprite: a DefineSprite character, a nested timeline with its own display
+// list; each placement is an instance of its own that reads one frame of
+// control tags per movie frame, loops, and draws its children with masks.
 #ifndef ZEL_CHARS_BSPRITE_H
 #define ZEL_CHARS_BSPRITE_H
 

@@ -15,9 +15,6 @@
 namespace {
 
 constexpr unsigned kTagDefineText2 = 33;
-// Glyph outlines are laid out on a 1024-unit em square: a glyph drawn at a
-// height of h twips is scaled by h / 1024, written as h x 0.05 x (20 / 1024).
-constexpr double kGlyphScale = 0.05 * 0.01953125;
 
 }  // namespace
 

@@ -13,6 +13,10 @@
 
 class BText : public BChar {
 public:
+    // Glyph outlines are laid out on a 1024-unit em square: a glyph drawn at
+    // a height of h twips is scaled by h x this (h x 0.05 x 20 / 1024).
+    static constexpr double kGlyphScale = 0.05 * 0.01953125;
+
     _GRECT bounds = {0, 0, 0, 0};
     GMatrix textMatrix;
     GArray<GTextRecord*, GPointObjectDestroy<GTextRecord>> records{10};

@@ -1,7 +1,6 @@
 // Fill records (one plain heap block per fill style, freed with tovFree) and
-// GBrush, the base of the readers that turn one SWF FILLSTYLE into a record:
-// solid colours and linear and radial gradients (GSolidBrush, GGradientBrush);
-// bitmap and unknown fills give null.
+// GBrush, the base of the readers that turn one SWF FILLSTYLE into a record
+// (GSolidBrush, GGradientBrush); bitmap and unknown fills give null.
 #ifndef ZEL_CHARS_GBRUSH_H
 #define ZEL_CHARS_GBRUSH_H
 

@@ -1,7 +1,6 @@
-// BChar and BComplexChar: the base behaviour every character inherits
-// (failing load, no drawing, empty bounds, dirty-area reporting), and the
-// helpers the character classes share to read their tag header, build a
-// placed instance's drawing context and free parsed shapes.
+// BChar and BComplexChar: the base behaviour every character inherits, and
+// the helpers the character classes share (tag header, drawing context of a
+// placed instance, freeing parsed shapes).
 #include "display/BChar.h"
 
 #include <new>

@@ -1,7 +1,6 @@
 // GActor: the depth-ordered display list. Each change links or unlinks one
-// actor, hands over the placement's transform, and reports the screen area
-// it touches (before and after) to the dirty set, so that only changed areas
-// are repainted.
+// actor, hands over the placement's transform and reports the screen areas it
+// touches to the dirty set, so that only changed areas are repainted.
 #include "display/GActor.h"
 
 #include "display/BChar.h"

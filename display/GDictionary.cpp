@@ -1,7 +1,6 @@
-// GDictionary: the id-indexed slot table (null, raw definition tag, or a
-// GCharacter wrapper of the built character), lazy building and reference
-// counting of characters, the list of sprite instances, and the actor
-// factory used by every placement.
+// GDictionary: the id-indexed slots (null, raw definition tag, or the wrapper
+// of a built character), lazy building with reference counts, the list of
+// sprite instances, and the actor factory used by every placement.
 #include "display/GDictionary.h"
 
 #include <new>
@@ -19,19 +18,23 @@ constexpr unsigned kInitialSlots = 32;
 constexpr unsigned kSlotHeadroom = 32;
 constexpr unsigned kTagDefineSprite = 39;
 
-// The first 16 bits of what a slot points at, read as a tag header word.
-unsigned HeaderWord(const void* p) {
+// The first 16 bits of what a slot points at, read as a tag header word. A
+// tag header may stand on the movie's very last byte: its second byte then
+// reads as 0 rather than past the host's buffer (`limit`); a wrapper's two
+// marker bytes are 0 either way. Without a known limit (no movie) both
+// bytes are read.
+unsigned HeaderWord(const void* p, const unsigned char* limit) {
     const unsigned char* b = static_cast<const unsigned char*>(p);
-    return b[0] | (b[1] << 8);
+    return b[0] | ((!limit || b + 1 < limit ? b[1] : 0u) << 8);
 }
 
-unsigned TagCode(const void* tag) { return HeaderWord(tag) >> 6; }
+unsigned TagCode(const void* tag, const unsigned char* limit) { return HeaderWord(tag, limit) >> 6; }
 
 // Two tests tell a built character from a raw tag: the lookups go by the tag
 // code being 0, the table walk and GetType by both header bytes being 0. A
 // define tag never has code 0, so both agree on every slot Insert can fill.
-bool IsWrapperByCode(const void* slot) { return TagCode(slot) == 0; }
-bool IsWrapperByWord(const void* slot) { return HeaderWord(slot) == 0; }
+bool IsWrapperByCode(const void* slot, const unsigned char* limit) { return TagCode(slot, limit) == 0; }
+bool IsWrapperByWord(const void* slot, const unsigned char* limit) { return HeaderWord(slot, limit) == 0; }
 
 // What each definition tag code builds, and the code pushed when its load
 // fails. Bitmap and sound definitions build nothing and report nothing.
@@ -62,7 +65,7 @@ const CharacterKind* FindKind(unsigned code) {
 
 int GCharacter::Init(unsigned short id, void* tag, GDictionary* dict) {
     if (!tag || !dict) return 0;
-    unsigned code = TagCode(tag);
+    unsigned code = TagCode(tag, dict->movieEnd);
     const CharacterKind* kind = (code >= 2 && code <= 48) ? FindKind(code) : nullptr;
     if (!kind) {
         dict->PushError(kErrNotCharacter);
@@ -151,7 +154,7 @@ BChar* GDictionary::NewChar(unsigned short id) {
         PushError(kErrUnknownId);
         return nullptr;
     }
-    if (IsWrapperByCode(slot) || TagCode(slot) != kTagDefineSprite) return GetChar(id);
+    if (IsWrapperByCode(slot, movieEnd) || TagCode(slot, movieEnd) != kTagDefineSprite) return GetChar(id);
     // Every use of a sprite is an instance of its own (it carries its own
     // timeline); the slot keeps the raw tag so the next use builds another.
     BSprite* sprite = new (std::nothrow) BSprite;
@@ -177,7 +180,7 @@ BChar* GDictionary::GetChar(unsigned short id) {
         PushError(kErrUnknownId);
         return nullptr;
     }
-    if (IsWrapperByCode(slot)) {
+    if (IsWrapperByCode(slot, movieEnd)) {
         BChar* ch = static_cast<GCharacter*>(slot)->character;
         if (ch) ch->refCount += 1;
         return ch;
@@ -199,11 +202,11 @@ int GDictionary::GetType(unsigned short id) {
         PushError(kErrUnknownId);
         return 0;
     }
-    if (IsWrapperByWord(slot)) {
+    if (IsWrapperByWord(slot, movieEnd)) {
         BChar* ch = static_cast<GCharacter*>(slot)->character;
-        return (ch && ch->defTag) ? static_cast<int>(TagCode(ch->defTag)) : 0;
+        return (ch && ch->defTag) ? static_cast<int>(TagCode(ch->defTag, movieEnd)) : 0;
     }
-    return static_cast<int>(TagCode(slot));
+    return static_cast<int>(TagCode(slot, movieEnd));
 }
 
 void GDictionary::ReleaseChar(BChar* ch) {
@@ -211,13 +214,13 @@ void GDictionary::ReleaseChar(BChar* ch) {
     // The character a slot's wrapper holds goes back to its raw tag, so the
     // next use parses the definition again.
     void* slot = (slots && ch->id < capacity) ? slots[ch->id] : nullptr;
-    if (slot && IsWrapperByCode(slot) && static_cast<GCharacter*>(slot)->character == ch) {
+    if (slot && IsWrapperByCode(slot, movieEnd) && static_cast<GCharacter*>(slot)->character == ch) {
         slots[ch->id] = ch->defTag;
         delete static_cast<GCharacter*>(slot);
         delete ch;
         return;
     }
-    if (ch->defTag && TagCode(ch->defTag) == kTagDefineSprite) {
+    if (ch->defTag && TagCode(ch->defTag, movieEnd) == kTagDefineSprite) {
         BSprite* sprite = static_cast<BSprite*>(ch);
         if (spriteInstances == sprite) {
             spriteInstances = sprite->nextInstance;
@@ -241,7 +244,7 @@ void GDictionary::Reset(int full) {
     // (a 16-bit index would wrap forever on a table of more than 65536 slots).
     for (unsigned i = 0; slots && i < capacity; ++i) {
         void* slot = slots[i];
-        if (!slot || !IsWrapperByWord(slot)) continue;
+        if (!slot || !IsWrapperByWord(slot, movieEnd)) continue;
         GCharacter* wrapper = static_cast<GCharacter*>(slot);
         delete wrapper->character;
         delete wrapper;

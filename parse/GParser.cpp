@@ -194,6 +194,7 @@ int GParser::ScanPenArray(GDataArray<_GSWFPEN>& pens, int withAlpha, GError* err
     }
     unsigned count = ScanUI8();
     if (count == 0xFF) count = ScanUI16();
+    // An unreadable count fails the array like an unreadable style does.
     if (error) {
         Push(errors, kErrPenArray);
         return 0;

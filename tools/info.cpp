@@ -88,7 +88,7 @@ void PrintText(const MovieFile& m, const TagSummary& t, FILE* out) {
     std::fprintf(out, "frame rate:   %.4g fps\n", m.frameRate / 256.0);
     std::fprintf(out, "frames:       %u (%u ShowFrame tags)\n", m.frameCount, t.showFrames);
     std::fprintf(out, "background:   %s\n", t.hasBackground ? Hex(t.background).c_str() : "not set");
-    PrintCounts("tags", t.tags, out);
+    PrintCounts("tags (sprite timelines included)", t.tags, out);
     PrintCounts("definitions", t.definitions, out);
     PrintCounts("skipped by the engine", t.skipped, out);
     std::fprintf(out, "not played:   scripts %s, sounds %s, bitmaps %s, video %s\n",

@@ -28,16 +28,15 @@ int ClampedPixel(double v, int limit) {
 }  // namespace
 
 MovieRenderer::MovieRenderer(const MovieFile& movie, const RenderSettings& settings)
-    : settings_(settings), format_(ResolveFormat(settings.format)) {
-    if (movie.data.size() > 0xFFFFFFFFu) throw ToolError(kExitInput, movie.path + ": too large");
-    engine_ = zelEngineOpen(movie.data.data(), unsigned(movie.data.size()));
+    : settings_(settings),
+      format_(ResolveFormat(settings.format)),
+      engine_(zelEngineOpen(movie.data.data(), unsigned(movie.data.size())), zelEngineClose) {
     if (!engine_) throw ToolError(kExitInput, movie.path + ": the engine cannot open this movie");
-
+    void* engine = engine_.get();
     try {
-        geometry_ = ComputeView(movie.frame, zelEngineGetInt(engine_, 3), zelEngineGetInt(engine_, 4),
+        geometry_ = ComputeView(movie.frame, zelEngineGetInt(engine, 3), zelEngineGetInt(engine, 4),
                                 settings.view);
     } catch (const ToolError& e) {
-        zelEngineClose(engine_);
         throw ToolError(e.code(), movie.path + ": " + e.what());
     }
 
@@ -48,7 +47,6 @@ MovieRenderer::MovieRenderer(const MovieFile& movie, const RenderSettings& setti
         std::copy(settings.background.rgba, settings.background.rgba + 4, background_);
     }
     if (background_[3] != 255 && !format_.hasAlpha) {
-        zelEngineClose(engine_);
         throw ToolError(kExitUsage, std::string("a transparent background needs a format with "
                                                 "alpha (argb32), not ") + format_.name);
     }
@@ -61,18 +59,16 @@ MovieRenderer::MovieRenderer(const MovieFile& movie, const RenderSettings& setti
     offscreen_.param5 = reinterpret_cast<intptr_t>(pixels_.data());
     offscreen_.param6 = intptr_t(stride_);
 
-    zelEngineFlipCanvas(engine_, settings.view.orientation);
-    zelEngineSetOrg(engine_, geometry_.originX, geometry_.originY);
-    text_.Attach(engine_, format_, pixels_.data(), geometry_.imageWidth, geometry_.imageHeight,
+    zelEngineFlipCanvas(engine, settings.view.orientation);
+    zelEngineSetOrg(engine, geometry_.originX, geometry_.originY);
+    text_.Attach(engine, format_, pixels_.data(), geometry_.imageWidth, geometry_.imageHeight,
                  stride_);
 }
-
-MovieRenderer::~MovieRenderer() { zelEngineClose(engine_); }
 
 // The movie's own SetBackgroundColor tags run inside zelEngineForward, so the
 // chosen colour is set again after every step to stay in force.
 void MovieRenderer::ApplyBackground() {
-    zelEngineSetBgColor(engine_, background_[0], background_[1], background_[2],
+    zelEngineSetBgColor(engine_.get(), background_[0], background_[1], background_[2],
                         background_[3] == 255 ? 255 : 0);
 }
 
@@ -87,7 +83,7 @@ void MovieRenderer::FillBackground(int left, int top, int right, int bottom) {
 }
 
 void MovieRenderer::Advance(bool draw) {
-    zelEngineForward(engine_, 1, geometry_.imageWidth, geometry_.imageHeight, 1);
+    zelEngineForward(engine_.get(), 1, geometry_.imageWidth, geometry_.imageHeight, 1);
     ApplyBackground();
     if (!draw) {
         needFull_ = true;
@@ -100,7 +96,7 @@ void MovieRenderer::Advance(bool draw) {
             FillBackground(0, 0, geometry_.imageWidth, geometry_.imageHeight);
         } else {
             int count = 0;
-            const _GRECT* boxes = zelEngineGetUpdateBoxes(engine_, &count, 0);
+            const _GRECT* boxes = zelEngineGetUpdateBoxes(engine_.get(), &count, 0);
             for (int i = 0; boxes && i < count; ++i) {
                 const int w = geometry_.imageWidth, h = geometry_.imageHeight;
                 FillBackground(ClampedPixel(std::floor(boxes[i].left), w),
@@ -110,7 +106,7 @@ void MovieRenderer::Advance(bool draw) {
             }
         }
     }
-    zelEnginePlay(engine_, &offscreen_, 0, 0, geometry_.imageWidth, geometry_.imageHeight,
+    zelEnginePlay(engine_.get(), &offscreen_, 0, 0, geometry_.imageWidth, geometry_.imageHeight,
                   full ? kRepaintAll : kRepaintChanged);
     needFull_ = false;
 }

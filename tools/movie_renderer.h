@@ -4,6 +4,7 @@
 #pragma once
 
 #include <cstdint>
+#include <memory>
 #include <vector>
 
 #include "movie_file.h"
@@ -27,7 +28,6 @@ class MovieRenderer {
 public:
     // Throws ToolError when the engine refuses the movie or the view is impossible.
     MovieRenderer(const MovieFile& movie, const RenderSettings& settings);
-    ~MovieRenderer();
     MovieRenderer(const MovieRenderer&) = delete;
     MovieRenderer& operator=(const MovieRenderer&) = delete;
 
@@ -51,7 +51,7 @@ private:
 
     RenderSettings settings_;
     const PixelFormat& format_;
-    void* engine_ = nullptr;
+    std::unique_ptr<void, void (*)(void*)> engine_;  // the engine handle
     ViewGeometry geometry_;
     bool needFull_ = true;
     uint8_t background_[4] = {255, 255, 255, 255};

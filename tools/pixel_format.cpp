@@ -42,29 +42,42 @@ unsigned Reduce(uint8_t value, int bits) {
     return (value * max + 127) / 255;
 }
 
-void Decode(const PixelFormat& f, const uint8_t* p, uint8_t out[4]) {
+void DecodeArgb(const uint8_t* p, uint8_t out[4]) {
+    uint32_t w;
+    std::memcpy(&w, p, 4);
+    const unsigned a = w >> 24;
+    out[3] = uint8_t(a);
+    if (a == 255 || a == 0) {
+        out[0] = uint8_t(a ? w >> 16 : 0), out[1] = uint8_t(a ? w >> 8 : 0), out[2] = uint8_t(a ? w : 0);
+        return;
+    }
+    const unsigned c[3] = {(w >> 16) & 0xFF, (w >> 8) & 0xFF, w & 0xFF};
+    for (int i = 0; i < 3; ++i) {
+        const unsigned v = (c[i] * 255 + a / 2) / a;
+        out[i] = uint8_t(v > 255 ? 255 : v);
+    }
+}
+
+void DecodePacked(const Packed16& packed, const uint8_t* p, uint8_t out[4]) {
+    uint16_t w;
+    std::memcpy(&w, p, 2);
+    out[0] = Expand((w >> packed.rShift) & ((1u << packed.rBits) - 1), packed.rBits);
+    out[1] = Expand((w >> packed.gShift) & ((1u << packed.gBits) - 1), packed.gBits);
+    out[2] = Expand((w >> packed.bShift) & ((1u << packed.bBits) - 1), packed.bBits);
+    out[3] = 255;
+}
+
+// Decodes width pixels; the format is looked at once per call, not per pixel.
+void Decode(const PixelFormat& f, const uint8_t* p, uint8_t* out, int width) {
     Packed16 packed;
     if (f.code == ZEL_FORMAT_ARGB32) {
-        uint32_t w;
-        std::memcpy(&w, p, 4);
-        const unsigned a = w >> 24;
-        const unsigned c[3] = {(w >> 16) & 0xFF, (w >> 8) & 0xFF, w & 0xFF};
-        for (int i = 0; i < 3; ++i) {
-            const unsigned v = a ? (c[i] * 255 + a / 2) / a : 0;
-            out[i] = uint8_t(v > 255 ? 255 : v);
-        }
-        out[3] = uint8_t(a);
+        for (int x = 0; x < width; ++x, p += 4, out += 4) DecodeArgb(p, out);
     } else if (f.code == ZEL_FORMAT_RGB24) {
-        out[0] = p[0], out[1] = p[1], out[2] = p[2], out[3] = 255;
+        for (int x = 0; x < width; ++x, p += 3, out += 4) out[0] = p[0], out[1] = p[1], out[2] = p[2], out[3] = 255;
     } else if (f.bytes == 3) {
-        out[0] = p[2], out[1] = p[1], out[2] = p[0], out[3] = 255;
+        for (int x = 0; x < width; ++x, p += 3, out += 4) out[0] = p[2], out[1] = p[1], out[2] = p[0], out[3] = 255;
     } else if (Packed16For(f.code, packed)) {
-        uint16_t w;
-        std::memcpy(&w, p, 2);
-        out[0] = Expand((w >> packed.rShift) & ((1u << packed.rBits) - 1), packed.rBits);
-        out[1] = Expand((w >> packed.gShift) & ((1u << packed.gBits) - 1), packed.gBits);
-        out[2] = Expand((w >> packed.bShift) & ((1u << packed.bBits) - 1), packed.bBits);
-        out[3] = 255;
+        for (int x = 0; x < width; ++x, p += 2, out += 4) DecodePacked(packed, p, out);
     }
 }
 
@@ -90,7 +103,7 @@ std::string PixelFormatNames() {
 }
 
 void RowToRGBA(const PixelFormat& format, const uint8_t* src, uint8_t* rgba, int width) {
-    for (int x = 0; x < width; ++x) Decode(format, src + x * format.bytes, rgba + x * 4);
+    Decode(format, src, rgba, width);
 }
 
 void StorePixel(const PixelFormat& f, uint8_t* p, const uint8_t c[4]) {
@@ -115,7 +128,7 @@ void StorePixel(const PixelFormat& f, uint8_t* p, const uint8_t c[4]) {
 void BlendPixel(const PixelFormat& f, uint8_t* p, const uint8_t rgb[3], unsigned alpha) {
     if (alpha == 0) return;
     uint8_t dst[4];
-    Decode(f, p, dst);
+    Decode(f, p, dst, 1);
     uint8_t out[4];
     // Straight-alpha source over: the result's alpha is a + d(1 - a), and the
     // colour is weighted by each side's contribution to it.

@@ -5,10 +5,6 @@
 // 2-pixel gutter, everything clipped to the record's visible box.
 #include "text_draw.h"
 
-#include <fontconfig/fontconfig.h>
-#include <ft2build.h>
-#include FT_FREETYPE_H
-
 #include <algorithm>
 #include <cstdio>
 #include <cstring>
@@ -86,6 +82,7 @@ TextDrawer::TextDrawer() {
 TextDrawer::~TextDrawer() {
     faces_.clear();
     if (library_) FT_Done_FreeType(library_);
+    if (fontConfig_) FcConfigDestroy(fontConfig_);
     Registry()[slot_] = nullptr;
 }
 
@@ -110,15 +107,18 @@ TextDrawer::Face* TextDrawer::FindFace(const char* family, bool bold, bool itali
 
     auto face = std::make_unique<Face>();
     FT_Library lib = library_;
+    // The drawer owns its fontconfig configuration, so that everything
+    // fontconfig allocates is released with the drawer.
+    if (!fontConfig_) fontConfig_ = FcInitLoadConfigAndFonts();
     FcPattern* pattern = FcPatternCreate();
-    if (lib && pattern) {
+    if (lib && pattern && fontConfig_) {
         FcPatternAddString(pattern, FC_FAMILY, reinterpret_cast<const FcChar8*>(family));
         FcPatternAddInteger(pattern, FC_WEIGHT, bold ? FC_WEIGHT_BOLD : FC_WEIGHT_REGULAR);
         FcPatternAddInteger(pattern, FC_SLANT, italic ? FC_SLANT_ITALIC : FC_SLANT_ROMAN);
-        FcConfigSubstitute(nullptr, pattern, FcMatchPattern);
+        FcConfigSubstitute(fontConfig_, pattern, FcMatchPattern);
         FcDefaultSubstitute(pattern);
         FcResult result;
-        FcPattern* match = FcFontMatch(nullptr, pattern, &result);
+        FcPattern* match = FcFontMatch(fontConfig_, pattern, &result);
         FcChar8* file = nullptr;
         int index = 0;
         if (match && FcPatternGetString(match, FC_FILE, 0, &file) == FcResultMatch) {
@@ -209,7 +209,7 @@ void TextDrawer::DrawText(const _GDEVICETEXT& r) {
 
     // Lines: break at CR, LF or CRLF; with word wrap also at the last space
     // that keeps the line inside the box (or mid-word when a word is wider).
-    const long avail = long(r.box[2] - r.box[0] - 2 * kGutter) * 64;
+    const long avail = (long(r.box[2]) - r.box[0] - 2 * kGutter) * 64;
     auto span = [&](size_t from, size_t to) {
         long w = 0;
         for (size_t j = from; j < to; ++j) w += advance[j] + (j > from ? kerning[j] : 0);
@@ -241,35 +241,35 @@ void TextDrawer::DrawText(const _GDEVICETEXT& r) {
 
     const long ascent = f->size->metrics.ascender;
     const long lineHeight = f->size->metrics.height;
-    long baseline = long(r.box[1] + kGutter) * 64 + ascent;
+    long baseline = (long(r.box[1]) + kGutter) * 64 + ascent;
     for (const Line& line : lines) {
         if (((baseline - ascent) >> 6) >= clip_[3]) break;
         long x;
         if (r.align == kAlignRight) {
-            x = long(r.box[2] - kGutter) * 64 - line.width;
+            x = (long(r.box[2]) - kGutter) * 64 - line.width;
         } else if (r.align == kAlignCenter) {
-            x = long(r.box[0] + r.box[2]) * 32 - line.width / 2;
+            x = (long(r.box[0]) + r.box[2]) * 32 - line.width / 2;
         } else {
-            x = long(r.box[0] + kGutter) * 64;
+            x = (long(r.box[0]) + kGutter) * 64;
         }
         for (size_t i = line.begin; i < line.end; x += advance[i], ++i) {
             if (i > line.begin) x += kerning[i];
             if (FT_Load_Glyph(f, glyphs[i], FT_LOAD_RENDER) != 0) continue;
-            DrawGlyph(f->glyph->bitmap, int((x + 32) >> 6) + f->glyph->bitmap_left,
-                      int((baseline + 32) >> 6) - f->glyph->bitmap_top, color);
+            DrawGlyph(f->glyph->bitmap, ((x + 32) >> 6) + f->glyph->bitmap_left,
+                      ((baseline + 32) >> 6) - f->glyph->bitmap_top, color);
         }
         baseline += lineHeight;
     }
 }
 
-void TextDrawer::DrawGlyph(const FT_Bitmap& bm, int left, int top, const uint8_t color[4]) {
+void TextDrawer::DrawGlyph(const FT_Bitmap& bm, long left, long top, const uint8_t color[4]) {
     for (unsigned row = 0; row < bm.rows; ++row) {
-        const int py = top + int(row);
+        const long py = top + long(row);
         if (py < clip_[1] || py >= clip_[3]) continue;
         const unsigned char* src = bm.buffer + long(row) * bm.pitch;
         uint8_t* dst = pixels_ + size_t(py) * stride_;
         for (unsigned col = 0; col < bm.width; ++col) {
-            const int px = left + int(col);
+            const long px = left + long(col);
             if (px < clip_[0] || px >= clip_[2]) continue;
             const unsigned coverage = bm.pixel_mode == FT_PIXEL_MODE_MONO
                                           ? ((src[col / 8] >> (7 - col % 8)) & 1u) * 255

@@ -9,6 +9,7 @@
 #include <memory>
 #include <string>
 
+#include <fontconfig/fontconfig.h>
 #include <ft2build.h>
 #include FT_FREETYPE_H
 
@@ -38,9 +39,10 @@ private:
     void DrawBorder(const _GDEVICETEXT& record);
     void DrawText(const _GDEVICETEXT& record);
     void FillRect(int left, int top, int right, int bottom, const uint8_t rgb[3]);
-    void DrawGlyph(const FT_Bitmap& bitmap, int left, int top, const uint8_t color[4]);
+    void DrawGlyph(const FT_Bitmap& bitmap, long left, long top, const uint8_t color[4]);
 
     FT_Library library_ = nullptr;
+    FcConfig* fontConfig_ = nullptr;
     std::map<std::string, std::unique_ptr<Face>> faces_;
     const PixelFormat* format_ = nullptr;
     uint8_t* pixels_ = nullptr;

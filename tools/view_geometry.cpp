@@ -58,6 +58,12 @@ ViewGeometry ComputeView(const TwipRect& frame, int movieWidth, int movieHeight,
                                         std::to_string(kMaxImageSide));
     }
 
+    if (static_cast<long long>(g.imageWidth) * g.imageHeight > kMaxImagePixels) {
+        throw ToolError(kExitUsage, "image size " + std::to_string(g.imageWidth) + "x" +
+                                        std::to_string(g.imageHeight) + " has more than " +
+                                        std::to_string(kMaxImagePixels) + " pixels");
+    }
+
     g.zoom = FitZoom(movieWidth, movieHeight, g.imageWidth, g.imageHeight, request.orientation);
     const int stageW = int(std::floor(rotatedW * g.zoom + 0.5));
     const int stageH = int(std::floor(rotatedH * g.zoom + 0.5));

@@ -17,9 +17,10 @@ struct ViewGeometry {
     int originX = 0, originY = 0;  // for zelEngineSetOrg
 };
 
-// Largest image side accepted, which also bounds the buffer to 1 GiB at
-// 4 bytes per pixel.
+// Largest image accepted: at most 16384 pixels a side and 64 Mi pixels in
+// all, so the pixel buffer and its RGBA copy stay within 256 MiB each.
 constexpr int kMaxImageSide = 16384;
+constexpr long long kMaxImagePixels = 64ll * 1024 * 1024;
 
 // movieWidth and movieHeight are the engine's frame size in whole pixels
 // (zelEngineGetInt 3 and 4). Throws ToolError (kExitUsage) for sizes that

@@ -8,7 +8,6 @@
 
 #include <cstddef>
 #include <cstdint>
-#include <cstdlib>
 #include <cstring>
 #include <new>
 #include <type_traits>
@@ -99,6 +98,19 @@ struct Edge {
     int32_t left, right;
 };
 
+// The edges of one pass. Pieces right of the clip box are dropped; the flag
+// remembers that some were, since the coverage left of them then runs on to
+// the clip box's right side.
+struct EdgeList {
+    Array<Edge> edges;
+    bool reachesRight = false;
+    void clear()
+    {
+        edges.clear();
+        reachesRight = false;
+    }
+};
+
 // A vertex of a stroked polyline; `start` marks the first vertex of one.
 struct StrokePoint {
     float x, y;
@@ -106,14 +118,17 @@ struct StrokePoint {
     int32_t start;
 };
 
+// A polyline vertex while its outline is built.
 struct Point {
     double x, y;
 };
 
-// One fill style or pen of a path set and the bounds of its edges.
+// One fill style or pen of a path set, the bounds of its edges and where
+// its edges are listed.
 struct StyleInfo {
     int32_t index;
     float minX, minY, maxX, maxY;
+    uint32_t first, count;
 };
 
 // A rectangle of whole pixels, right and bottom exclusive.
@@ -139,13 +154,14 @@ inline double clampCoord(double v)
 
 // Premultiplied ARGB word from straight colour bytes.
 uint32_t premultiply(unsigned r, unsigned g, unsigned b, unsigned a);
-// Each channel of a premultiplied word scaled by a / 255, rounded.
+// Each channel of a premultiplied word scaled by a / 255: multiplying by
+// a + a / 128 (0..256) and rounding off 8 bits is exact at 0 and 255 and
+// off by at most one level in between, for two multiplies per pixel.
 inline uint32_t scalePixel(uint32_t p, unsigned a)
 {
-    uint32_t rb = (p & 0x00ff00ffu) * a + 0x00800080u;
-    rb = ((rb + ((rb >> 8) & 0x00ff00ffu)) >> 8) & 0x00ff00ffu;
-    uint32_t ag = ((p >> 8) & 0x00ff00ffu) * a + 0x00800080u;
-    ag = (ag + ((ag >> 8) & 0x00ff00ffu)) & 0xff00ff00u;
+    a += a >> 7;
+    uint32_t rb = (((p & 0x00ff00ffu) * a + 0x00800080u) >> 8) & 0x00ff00ffu;
+    uint32_t ag = (((p >> 8) & 0x00ff00ffu) * a + 0x00800080u) & 0xff00ff00u;
     return rb | ag;
 }
 // Source-over of premultiplied src onto premultiplied dst.
@@ -186,13 +202,13 @@ struct tovCanvas {
     bool curValid;
     int fill0, fill1, pen;
     bool strokeOpen;
-    tov::Array<tov::Edge> fillEdges;
+    tov::EdgeList fillEdges;
     tov::Array<tov::StrokePoint> strokePoints;
     tov::Array<tovObject *> brushes;
     tov::Array<tovObject *> pens;
 
     // Scan conversion scratch.
-    tov::Array<tov::Edge> strokeEdges;
+    tov::EdgeList strokeEdges;
     tov::Array<tov::Point> strokeVerts;
     tov::Array<uint32_t> cells;
     tov::Array<int32_t> rowMin, rowMax;
@@ -206,6 +222,8 @@ struct tovCanvas {
     tov::Array<uint8_t> selected;
     tov::Array<int32_t> styleSlot;
     tov::Array<tov::StyleInfo> styles;
+    tov::Array<int32_t> edgeSlots;
+    tov::Array<uint32_t> styleEdges;
 
     // Groups, masks under construction and open masks.
     int groupKinds[tov::kMaxGroups];
@@ -265,7 +283,7 @@ void releaseMasks(tovCanvas *c);
 // Appends a straight edge cut to the clip box: parts above or below are
 // dropped, parts right of it too, parts left of it are moved onto its left
 // side where they still carry their winding.
-void addClippedEdge(tovCanvas *c, Array<Edge> &out, double x0, double y0, double x1, double y1,
+void addClippedEdge(tovCanvas *c, EdgeList &out, double x0, double y0, double x1, double y1,
                     int32_t left, int32_t right);
 
 // stroke.cpp

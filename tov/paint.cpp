@@ -14,15 +14,6 @@ constexpr double kGradientHalf = 819.2;
 // Widest stroke honoured, in pixels; wider pens are drawn at this width.
 constexpr double kMaxPenRadius = 16384.0;
 
-inline uint32_t load32(const uint8_t *p)
-{
-    uint32_t v;
-    std::memcpy(&v, p, 4);
-    return v;
-}
-
-inline void store32(uint8_t *p, uint32_t v) { std::memcpy(p, &v, 4); }
-
 int applyChannel(int v, int mult, int add)
 {
     int r = ((v * mult) >> 8) + add;
@@ -40,57 +31,34 @@ tovColor transformColor(tovColor col, const tovColorTransform *cx)
     return col;
 }
 
-// Clamps a table position (possibly NaN or infinite) to 0..255.
-inline int tableIndex(double v)
+// Rounds a table position to 0..255, written so that NaN lands on 0.
+inline uint32_t tablePosition(float t)
 {
-    if (!(v > 0.0))
-        return 0;
-    if (v >= 255.0)
-        return 255;
-    return int(v + 0.5);
+    t = t > 0.0f ? t : 0.0f;
+    t = t < 255.0f ? t : 255.0f;
+    return uint32_t(int32_t(t + 0.5f));
 }
 
-} // namespace
-
-namespace tov {
-
-void brushColors(const tovObject *brush, int y, int x, int n, uint32_t *out)
+// End of the run of full coverage starting at i: eight bytes at a time.
+inline int fullRunEnd(const uint8_t *cov, int i, int n)
 {
-    if (brush->kind != kLinear && brush->kind != kRadial) {
-        for (int i = 0; i < n; ++i)
-            out[i] = brush->color;
-        return;
+    while (i + 8 <= n) {
+        uint64_t word;
+        std::memcpy(&word, cov + i, 8);
+        if (word != ~uint64_t(0))
+            break;
+        i += 8;
     }
-    const double *m = brush->inverse;
-    double px = x + 0.5, py = y + 0.5;
-    double ux = m[0] * px + m[1] * py + m[2];
-    double uy = m[3] * px + m[4] * py + m[5];
-    if (brush->kind == kLinear) {
-        // t = (u.x + 819.2) / 1638.4, table position t * 255.
-        const double k = 255.0 / (2 * kGradientHalf);
-        double pos = (ux + kGradientHalf) * k, step = m[0] * k;
-        for (int i = 0; i < n; ++i, pos += step)
-            out[i] = brush->table[tableIndex(pos)];
-    } else {
-        // t = |u| / 819.2, in float: the table has only 256 entries.
-        const float k = float(255.0 / kGradientHalf);
-        float fx = float(ux), fy = float(uy), sx = float(m[0]), sy = float(m[3]);
-        for (int i = 0; i < n; ++i) {
-            float gx = fx + sx * float(i), gy = fy + sy * float(i);
-            float t = std::sqrt(gx * gx + gy * gy) * k;
-            t = t > 0.0f ? t : 0.0f;
-            t = t < 255.0f ? t : 255.0f;
-            out[i] = brush->table[int(t + 0.5f)];
-        }
-    }
+    while (i < n && cov[i] == 255)
+        ++i;
+    return i;
 }
 
-// Fast path for the native format on a word-aligned row: runs of full
-// coverage are filled by tight loops the compiler can vectorise.
-void paintWords(uint32_t *dst, int n, const uint8_t *cov, const tovObject *brush, const uint32_t *colors)
+// Blends a brush into premultiplied ARGB words at the given coverages (one
+// colour per pixel when colors is given); runs of full coverage are filled
+// by tight loops the compiler can vectorise.
+void paintWords(uint32_t *dst, int n, const uint8_t *cov, uint32_t s, bool opaque, const uint32_t *colors)
 {
-    uint32_t s = brush->color;
-    bool opaque = brush->opaque;
     unsigned keep = 255u - (s >> 24);
     for (int i = 0; i < n;) {
         if (cov[i] != 255) {
@@ -102,9 +70,7 @@ void paintWords(uint32_t *dst, int n, const uint8_t *cov, const tovObject *brush
             ++i;
             continue;
         }
-        int j = i + 1;
-        while (j < n && cov[j] == 255)
-            ++j;
+        int j = fullRunEnd(cov, i + 1, n);
         if (colors) {
             if (opaque)
                 std::memcpy(dst + i, colors + i, size_t(j - i) * 4);
@@ -122,6 +88,39 @@ void paintWords(uint32_t *dst, int n, const uint8_t *cov, const tovObject *brush
     }
 }
 
+} // namespace
+
+namespace tov {
+
+void brushColors(const tovObject *brush, int y, int x, int n, uint32_t *out)
+{
+    if (brush->kind != kLinear && brush->kind != kRadial) {
+        for (int i = 0; i < n; ++i)
+            out[i] = brush->color;
+        return;
+    }
+    // Positions are computed in float: the table has only 256 entries.
+    const double *m = brush->inverse;
+    double px = x + 0.5, py = y + 0.5;
+    double ux = m[0] * px + m[1] * py + m[2];
+    double uy = m[3] * px + m[4] * py + m[5];
+    if (brush->kind == kLinear) {
+        // t = (u.x + 819.2) / 1638.4, table position t * 255.
+        const double k = 255.0 / (2 * kGradientHalf);
+        float start = float((ux + kGradientHalf) * k), step = float(m[0] * k);
+        for (int i = 0; i < n; ++i)
+            out[i] = brush->table[tablePosition(start + step * float(i))];
+    } else {
+        // t = |u| / 819.2.
+        const float k = float(255.0 / kGradientHalf);
+        float fx = float(ux), fy = float(uy), sx = float(m[0]), sy = float(m[3]);
+        for (int i = 0; i < n; ++i) {
+            float gx = fx + sx * float(i), gy = fy + sy * float(i);
+            out[i] = brush->table[tablePosition(std::sqrt(gx * gx + gy * gy) * k)];
+        }
+    }
+}
+
 void paintRow(tovCanvas *c, const tovObject *brush, int y, int x, int n, const uint8_t *cov)
 {
     if (n <= 0 || !c->span.reserve(size_t(n)))
@@ -133,13 +132,13 @@ void paintRow(tovCanvas *c, const tovObject *brush, int y, int x, int n, const u
     }
     uint8_t *p = pixelAddress(c, x, y);
     if (c->buffer.format == 280 && reinterpret_cast<uintptr_t>(p) % alignof(uint32_t) == 0) {
-        paintWords(reinterpret_cast<uint32_t *>(p), n, cov, brush, colors);
+        paintWords(reinterpret_cast<uint32_t *>(p), n, cov, brush->color, brush->opaque, colors);
         return;
     }
     if (!c->row.reserve(size_t(n)))
         return;
     loadPixels(c->buffer.format, p, n, c->row.data());
-    paintWords(c->row.data(), n, cov, brush, colors);
+    paintWords(c->row.data(), n, cov, brush->color, brush->opaque, colors);
     storePixels(c->buffer.format, p, n, c->row.data());
 }
 
@@ -188,13 +187,10 @@ void compositeLayer(tovCanvas *c, int y, int x, int n, float *layer)
     }
     if (!any)
         return;
-    tovObject blend;
-    blend.color = 0;
-    blend.opaque = false;
     uint8_t *p = pixelAddress(c, x, y);
     uint32_t *row = c->row.data();
     loadPixels(c->buffer.format, p, n, row);
-    paintWords(row, n, maskCov, &blend, src);
+    paintWords(row, n, maskCov, 0, false, src);
     storePixels(c->buffer.format, p, n, row);
 }
 

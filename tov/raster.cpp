@@ -12,10 +12,12 @@ using namespace tov;
 
 namespace {
 
-// Cell values are fixed point: one pixel of area or cover is 1 << 16. Sums
+// Cell values are fixed point: one pixel of area or cover is 255 << 8, so a
+// coverage byte is the rounded top byte of a sum. Sums
 // are kept in unsigned arithmetic so that absurd overlaps wrap instead of
 // overflowing; well-formed shapes stay far inside the range.
-constexpr float kOne = 65536.0f;
+constexpr uint32_t kFull = 255u << 8;
+constexpr float kOne = float(kFull);
 
 // The grid of cells of one band of rows, with the span of columns each row
 // has been written in, so the sweep reads only those.
@@ -26,7 +28,15 @@ struct Grid {
     int32_t *rowMin, *rowMax;
 };
 
-inline int32_t fixedRound(float v) { return int32_t(v >= 0.0f ? v + 0.5f : v - 0.5f); }
+// Rounds to the nearest integer (|v| < 2^22): adding 1.5 * 2^23 leaves the
+// rounded value in the low bits of the float's mantissa.
+inline int32_t fixedRound(float v)
+{
+    float t = v + 12582912.0f;
+    int32_t bits;
+    std::memcpy(&bits, &t, sizeof bits);
+    return bits - 0x4B400000;
+}
 
 inline void addCell(uint32_t *row, int i, float h, float f)
 {
@@ -58,7 +68,7 @@ inline void addRowPiece(Grid &g, int r, float xa, float xb, float d)
     } else {
         float perX = d / (xb - xa);
         float part = float(i + 1) - xa;
-        addCell(row, i, perX * part, part * 0.5f);
+        addCell(row, i, perX * part, 1.0f - part * 0.5f);
         for (int k = i + 1; k < j; ++k)
             addCell(row, k, perX, 0.5f);
         part = xb - float(j);
@@ -90,19 +100,21 @@ void accumulate(Grid &g, float x0, float y0, float x1, float y1, float w)
     float top = y0 < 0.0f ? 0.0f : y0;
     float bottom = y1 > rows ? rows : y1;
     float fc = float(g.cols);
-    int r0 = int(top), r1 = int(std::ceil(bottom));
+    int r0 = int(top), r1 = int(bottom);
+    r1 += float(r1) < bottom;
     if (r1 > g.rows)
         r1 = g.rows;
+    // Each row's piece starts where the previous one ended.
+    float ya = top;
+    float xa = x0 + (top - y0) * dxdy;
+    xa = xa > 0.0f ? (xa < fc ? xa : fc) : 0.0f; // written so that NaN lands on 0
     for (int r = r0; r < r1; ++r) {
-        float ya = float(r) > top ? float(r) : top;
         float yb = float(r + 1) < bottom ? float(r + 1) : bottom;
-        if (yb <= ya)
-            continue;
-        float xa = x0 + (ya - y0) * dxdy, xb = x0 + (yb - y0) * dxdy;
-        // Written so that a NaN lands on 0.
-        xa = xa > 0.0f ? (xa < fc ? xa : fc) : 0.0f;
+        float xb = x0 + (yb - y0) * dxdy;
         xb = xb > 0.0f ? (xb < fc ? xb : fc) : 0.0f;
-        addRowPiece(g, r, xa, xb, (yb - ya) * w);
+        if (yb > ya)
+            addRowPiece(g, r, xa, xb, (yb - ya) * w);
+        xa = xb, ya = yb;
     }
 }
 
@@ -111,10 +123,10 @@ inline uint32_t magnitude(uint32_t sum)
 {
     int32_t v = int32_t(sum);
     uint32_t a = v < 0 ? 0u - uint32_t(v) : uint32_t(v);
-    return a < 65536u ? a : 65536u;
+    return a < kFull ? a : kFull;
 }
 
-inline uint8_t toByte(uint32_t sum) { return uint8_t((magnitude(sum) * 255u + 32768u) >> 16); }
+inline uint8_t toByte(uint32_t sum) { return uint8_t((magnitude(sum) + 128u) >> 8); }
 
 inline float toUnit(uint32_t sum) { return float(magnitude(sum)) * (1.0f / kOne); }
 
@@ -131,35 +143,13 @@ bool zeroedResize(Array<T> &a, size_t n, size_t &zeroed)
     return true;
 }
 
-// Small shapes land anywhere in a frame buffer much larger than the caches:
-// asking for their pixels before scan conversion starts lets those memory
-// reads overlap the work instead of stalling the first blend of each row.
-void prefetchArea(tovCanvas *c, const Box &area)
-{
-#if defined(__GNUC__)
-    constexpr int kMaxLines = 256;
-    int bytes = (area.right - area.left) * c->bytesPerPixel;
-    int lines = (bytes / 64 + 2) * (area.bottom - area.top);
-    if (lines > kMaxLines)
-        return;
-    for (int y = area.top; y < area.bottom; ++y) {
-        const uint8_t *p = pixelAddress(c, area.left, y);
-        for (int b = 0; b < bytes + 64; b += 64)
-            __builtin_prefetch(p + (b < bytes ? b : bytes - 1), 1);
-    }
-#else
-    (void)c;
-    (void)area;
-#endif
-}
-
 enum class Sink { Paint, Layer, Mask };
 
 // One pass over a list of edges: the fills of a path set (styles are brush
 // indices) or its strokes (styles are pen indices).
 struct Pass {
     tovCanvas *c;
-    const Array<Edge> &edges;
+    const EdgeList &list;
     const Array<tovObject *> &objects;
     bool strokes;
     Mask *builder; // non-null: everything goes into this mask, colours ignored
@@ -174,6 +164,8 @@ struct Pass {
         // Bitmap fills paint nothing but still shape a mask.
         return k == kSolid || k == kLinear || k == kRadial || (builder && k == kInvisible);
     }
+    const Array<Edge> &edges() const { return list.edges; }
+    bool listStyleEdges();
     void run();
     void scanStyle(const StyleInfo &st, const Box &area, int bandTop, int bandBottom, Sink sink, float *layer);
 };
@@ -187,6 +179,47 @@ void widen(StyleInfo &s, const Edge &e)
     s.maxX = maxf(s.maxX, maxf(e.x0, e.x1));
     s.minY = minf(s.minY, minf(e.y0, e.y1));
     s.maxY = maxf(s.maxY, maxf(e.y0, e.y1));
+}
+
+// A solid colour drawn into the native format with no mask open is blended
+// straight from the running sum, without a coverage row in between.
+bool directPaint(const tovCanvas *c, const tovObject *brush)
+{
+    return (brush->kind == kPen || brush->kind == kSolid) && c->buffer.format == 280 && c->maskDepth == 0 &&
+           c->maskOverflow == 0 && reinterpret_cast<uintptr_t>(c->pixels) % alignof(uint32_t) == 0 &&
+           c->stride % intptr_t(alignof(uint32_t)) == 0;
+}
+
+// Sweeps cells from..to-1 of a row into dst (indexed like the cells),
+// clearing them; returns the running sum.
+uint32_t sweepSolid(uint32_t *row, uint32_t *dst, int from, int to, uint32_t sum, const tovObject *brush)
+{
+    uint32_t s = brush->color;
+    unsigned keep = 255u - (s >> 24);
+    for (int x = from; x < to; ++x) {
+        sum += row[x];
+        row[x] = 0;
+        if (!sum)
+            continue;
+        unsigned a = toByte(sum);
+        if (a != 255) {
+            if (a)
+                dst[x] = over(scalePixel(s, a), dst[x]);
+            continue;
+        }
+        // A run of full coverage lasts while no edge adds to the sum.
+        int end = x + 1;
+        while (end < to && !row[end])
+            ++end;
+        if (keep)
+            for (int k = x; k < end; ++k)
+                dst[k] = s + scalePixel(dst[k], keep);
+        else
+            for (int k = x; k < end; ++k)
+                dst[k] = s;
+        x = end - 1;
+    }
+    return sum;
 }
 
 void Pass::scanStyle(const StyleInfo &st, const Box &area, int bandTop, int bandBottom, Sink sink,
@@ -204,8 +237,12 @@ void Pass::scanStyle(const StyleInfo &st, const Box &area, int bandTop, int band
     const uint8_t *sel = c->selected.data();
     size_t nsel = c->selected.size();
     float fl = float(area.left), ft = float(bandTop), fb = float(bandBottom);
-    for (size_t i = 0; i < edges.size(); ++i) {
-        const Edge &e = edges[i];
+    // With several styles each visits the list of its own edges.
+    bool listed = c->styles.size() > 1;
+    size_t count = listed ? st.count : edges().size();
+    const uint32_t *which = c->styleEdges.data() + st.first;
+    for (size_t i = 0; i < count; ++i) {
+        const Edge &e = edges()[listed ? which[i] : i];
         int w = (size_t(uint32_t(e.left)) < nsel ? sel[e.left] : 0) -
                 (size_t(uint32_t(e.right)) < nsel ? sel[e.right] : 0);
         if (w == 0 || (e.y0 <= ft && e.y1 <= ft) || (e.y0 >= fb && e.y1 >= fb))
@@ -214,11 +251,12 @@ void Pass::scanStyle(const StyleInfo &st, const Box &area, int bandTop, int band
     }
     // A row whose winding does not return to zero (an edge soup left open)
     // keeps its coverage up to the right of the style's bounds.
-    int styleEnd = int(std::floor(st.maxX)) - area.left + 1;
+    int styleEnd = list.reachesRight ? cols : int(std::floor(st.maxX)) - area.left + 1;
     styleEnd = styleEnd < cols ? styleEnd : cols;
     const tovObject *brush = st.index > 0 ? objects[size_t(st.index)] : nullptr;
     uint8_t *cov = c->coverage.data();
     float *covF = c->coverageF.data();
+    bool direct = sink == Sink::Paint && directPaint(c, brush);
     for (int y = y0; y < y1; ++y) {
         int r = y - bandTop;
         int lo = g.rowMin[r], hi = g.rowMax[r];
@@ -228,6 +266,15 @@ void Pass::scanStyle(const StyleInfo &st, const Box &area, int bandTop, int band
         uint32_t sum = 0;
         int outEnd = hi < cols ? hi + 1 : cols; // pixels lo..outEnd-1
         int x = lo;
+        if (direct) {
+            uint32_t *dst = reinterpret_cast<uint32_t *>(pixelAddress(c, area.left, y));
+            sum = sweepSolid(row, dst, lo, outEnd, sum, brush);
+            for (x = outEnd; x <= hi; ++x)
+                row[x] = 0;
+            if (magnitude(sum) > 128u && outEnd < styleEnd)
+                sweepSolid(row, dst, outEnd, styleEnd, sum, brush);
+            continue;
+        }
         if (sink == Sink::Layer) {
             for (; x < outEnd; ++x) {
                 sum += row[x];
@@ -272,9 +319,36 @@ void Pass::scanStyle(const StyleInfo &st, const Box &area, int bandTop, int band
     }
 }
 
+// Groups edge indices by style (an edge between two styles is in both).
+bool Pass::listStyleEdges()
+{
+    size_t nstyles = c->styles.size(), nedges = edges().size();
+    for (size_t s = 0; s < nstyles; ++s)
+        c->styles[s].count = 0;
+    for (size_t i = 0; i < 2 * nedges; ++i)
+        if (c->edgeSlots[i] >= 0)
+            ++c->styles[size_t(c->edgeSlots[i])].count;
+    uint32_t total = 0;
+    for (size_t s = 0; s < nstyles; ++s) {
+        c->styles[s].first = total;
+        total += c->styles[s].count;
+        c->styles[s].count = 0;
+    }
+    if (!c->styleEdges.resize(total))
+        return false;
+    for (size_t i = 0; i < 2 * nedges; ++i) {
+        int32_t slot = c->edgeSlots[i];
+        if (slot >= 0) {
+            StyleInfo &st = c->styles[size_t(slot)];
+            c->styleEdges[st.first + st.count++] = uint32_t(i / 2);
+        }
+    }
+    return true;
+}
+
 void Pass::run()
 {
-    if (edges.empty())
+    if (edges().empty())
         return;
     size_t nobj = objects.size();
     if (!c->selected.resize(nobj) || !c->styleSlot.resize(nobj))
@@ -282,14 +356,14 @@ void Pass::run()
     std::memset(c->selected.data(), 0, nobj);
     c->styles.clear();
     const float inf = INFINITY;
-    StyleInfo all{-1, inf, inf, -inf, -inf};
+    StyleInfo all{-1, inf, inf, -inf, -inf, 0, 0};
     if (builder) {
         // Colours do not matter in a mask: all drawing styles count as one,
         // so edges between two of them cancel and cannot leave a seam.
         for (size_t i = 0; i < nobj; ++i)
             c->selected[i] = draws(int32_t(i)) ? 1 : 0;
-        for (size_t i = 0; i < edges.size(); ++i) {
-            const Edge &e = edges[i];
+        for (size_t i = 0; i < edges().size(); ++i) {
+            const Edge &e = edges()[i];
             if (draws(e.left) != draws(e.right))
                 widen(all, e);
         }
@@ -298,25 +372,46 @@ void Pass::run()
     } else {
         for (size_t i = 0; i < nobj; ++i)
             c->styleSlot[i] = -1;
-        for (size_t i = 0; i < edges.size(); ++i) {
-            const Edge &e = edges[i];
-            for (int32_t idx : {e.left, e.right}) {
-                if (!draws(idx))
-                    continue;
-                int32_t &slot = c->styleSlot[size_t(idx)];
-                if (slot < 0) {
-                    if (!c->styles.push(StyleInfo{idx, inf, inf, -inf, -inf}))
-                        return;
-                    slot = int32_t(c->styles.size() - 1);
-                }
-                widen(c->styles[size_t(slot)], e);
-                widen(all, e);
-            }
-        }
-        if (c->styles.empty())
+        // Runs of edges share their pair of styles: the slots are looked up
+        // once per run. Each edge's slots are kept to list the edges of each
+        // style, so a style's scan visits only its own edges.
+        if (!c->edgeSlots.resize(edges().size() * 2))
             return;
+        int32_t runLeft = 0, runRight = 0, slots[2] = {-1, -1};
+        for (size_t i = 0; i < edges().size(); ++i) {
+            const Edge &e = edges()[i];
+            if (i == 0 || e.left != runLeft || e.right != runRight) {
+                runLeft = e.left, runRight = e.right;
+                int k = 0;
+                for (int32_t idx : {e.left, e.right}) {
+                    slots[k] = -1;
+                    if (draws(idx)) {
+                        int32_t &slot = c->styleSlot[size_t(idx)];
+                        if (slot < 0) {
+                            if (!c->styles.push(StyleInfo{idx, inf, inf, -inf, -inf, 0, 0}))
+                                return;
+                            slot = int32_t(c->styles.size() - 1);
+                        }
+                        slots[k] = slot;
+                    }
+                    ++k;
+                }
+            }
+            for (int32_t slot : slots)
+                if (slot >= 0)
+                    widen(c->styles[size_t(slot)], e);
+            c->edgeSlots[2 * i] = slots[0];
+            c->edgeSlots[2 * i + 1] = slots[1];
+        }
+        if (c->styles.empty() || (c->styles.size() > 1 && !listStyleEdges()))
+            return;
+        for (size_t i = 0; i < c->styles.size(); ++i) {
+            const StyleInfo &st = c->styles[i];
+            all.minX = minf(all.minX, st.minX), all.maxX = maxf(all.maxX, st.maxX);
+            all.minY = minf(all.minY, st.minY), all.maxY = maxf(all.maxY, st.maxY);
+        }
         // Strokes of different pens are painted in pen order.
-        for (size_t i = 1; i < c->styles.size(); ++i)
+        for (size_t i = 1; strokes && i < c->styles.size(); ++i)
             for (size_t k = i; k > 0 && c->styles[k - 1].index > c->styles[k].index; --k) {
                 StyleInfo t = c->styles[k];
                 c->styles[k] = c->styles[k - 1];
@@ -328,7 +423,7 @@ void Pass::run()
              int(std::ceil(all.maxY))};
     area.left = area.left > clip.left ? area.left : clip.left;
     area.top = area.top > clip.top ? area.top : clip.top;
-    area.right = area.right < clip.right ? area.right : clip.right;
+    area.right = area.right < clip.right && !list.reachesRight ? area.right : clip.right;
     area.bottom = area.bottom < clip.bottom ? area.bottom : clip.bottom;
     if (area.empty())
         return;
@@ -350,8 +445,6 @@ void Pass::run()
             return;
         layer = c->layer.data();
     }
-    if (sink == Sink::Paint)
-        prefetchArea(c, area);
     for (int top = area.top; top < area.bottom; top += band) {
         int bottom = area.bottom - top > band ? top + band : area.bottom;
         for (size_t s = 0; s < c->styles.size(); ++s) {
@@ -361,7 +454,6 @@ void Pass::run()
             scanStyle(st, area, top, bottom, sink, layer);
             if (st.index > 0)
                 c->selected[size_t(st.index)] = 0;
-            // Each pen is painted on its own, over the ones before it.
         }
         if (layer)
             for (int y = top; y < bottom; ++y)

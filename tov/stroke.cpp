@@ -11,6 +11,8 @@ using namespace tov;
 namespace {
 
 constexpr double kPi = 3.14159265358979323846;
+// Vertices closer than this (in pixels, summed over both axes) are one.
+constexpr double kSamePoint = 1e-4;
 
 // Emits the outline of one pen as clipped edges, tracking the pen position.
 struct Outline {
@@ -28,17 +30,22 @@ struct Outline {
     }
     void close() { lineTo(startX, startY); }
     // Arc around (cx, cy) starting at offset (vx, vy) and turning by sweep.
+    // Inner vertices sit slightly outside the circle (by sqrt(step / sin
+    // step)) so that the chords enclose the true area of the round part.
     void arc(double cx, double cy, double vx, double vy, double sweep)
     {
         int n = int(std::ceil(std::fabs(sweep) / maxStep));
         if (n < 1)
             n = 1;
-        double cs = std::cos(sweep / n), sn = std::sin(sweep / n);
+        double step = sweep / n;
+        double cs = std::cos(step), sn = std::sin(step);
+        double grow = sn != 0.0 ? std::sqrt(step / sn) : 1.0;
         for (int i = 0; i < n; ++i) {
             double nx = vx * cs - vy * sn;
             vy = vx * sn + vy * cs;
             vx = nx;
-            lineTo(cx + vx, cy + vy);
+            double k = i + 1 < n ? grow : 1.0;
+            lineTo(cx + vx * k, cy + vy * k);
         }
     }
 };
@@ -60,19 +67,34 @@ Vec direction(Vec a, Vec b)
     return Vec{dx / len, dy / len};
 }
 
-// Turns from the offset of direction d to that of e at vertex v, on the side
-// of normal (-d.y, d.x). On the outer side of the turn that is an arc; on
-// the inner side the outline goes through the vertex itself, which keeps the
-// small overlap there inside the stroke.
-void join(Outline &o, Vec v, Vec d, Vec e)
+double distance(Vec a, Vec b) { return std::hypot(b.x - a.x, b.y - a.y); }
+
+// Goes round vertex v, from the offset of the incoming direction d to that
+// of the outgoing e, on the side of normal (-d.y, d.x); the segments around
+// v are lenIn and lenOut long. On the outer side of the turn that is an arc.
+// On the inner side the two offset lines meet at a point, which is where
+// the outline goes when both segments reach that far; otherwise it goes
+// through the vertex itself, which keeps the small overlap inside the stroke.
+void corner(Outline &o, Vec v, Vec d, Vec e, double lenIn, double lenOut)
 {
     double r = o.radius;
-    double turn = std::atan2(d.x * e.y - d.y * e.x, d.x * e.x + d.y * e.y);
-    if (turn < 0)
+    double cross = d.x * e.y - d.y * e.x, dot = d.x * e.x + d.y * e.y;
+    double turn = std::atan2(cross, dot);
+    if (turn < 0) {
+        o.lineTo(v.x - d.y * r, v.y + d.x * r);
         o.arc(v.x, v.y, -d.y * r, d.x * r, turn);
-    else if (turn > 1e-9) {
-        o.lineTo(v.x, v.y);
-        o.lineTo(v.x - e.y * r, v.y + e.x * r);
+    } else if (turn > 1e-9) {
+        double reach = r * std::tan(turn / 2);
+        if (turn < 3.0 && reach <= 0.5 * std::fmin(lenIn, lenOut)) {
+            double k = r / (1 + dot);
+            o.lineTo(v.x - (d.y + e.y) * k, v.y + (d.x + e.x) * k);
+        } else {
+            o.lineTo(v.x - d.y * r, v.y + d.x * r);
+            o.lineTo(v.x, v.y);
+            o.lineTo(v.x - e.y * r, v.y + e.x * r);
+        }
+    } else {
+        o.lineTo(v.x - d.y * r, v.y + d.x * r);
     }
 }
 
@@ -82,32 +104,29 @@ void side(Outline &o, const Walk &w)
 {
     double r = o.radius;
     Vec d = direction(w[0], w[1]);
-    for (int i = 0; i + 1 < w.count; ++i) {
-        Vec b = w[i + 1];
-        o.lineTo(b.x - d.y * r, b.y + d.x * r);
-        if (i + 2 < w.count) {
-            Vec e = direction(b, w[i + 2]);
-            join(o, b, d, e);
-            d = e;
-        }
+    for (int i = 0; i + 2 < w.count; ++i) {
+        Vec e = direction(w[i + 1], w[i + 2]);
+        corner(o, w[i + 1], d, e, distance(w[i], w[i + 1]), distance(w[i + 1], w[i + 2]));
+        d = e;
     }
     Vec end = w[w.count - 1];
+    o.lineTo(end.x - d.y * r, end.y + d.x * r);
     o.arc(end.x, end.y, -d.y * r, d.x * r, -kPi);
 }
 
-// One side of a closed polyline as a loop of its own, joined all round.
+// One side of a closed polyline as a loop of its own, turning at every
+// vertex including the one where it closes.
 void loop(Outline &o, const Walk &w)
 {
-    double r = o.radius;
     int n = w.count - 1; // the last vertex repeats the first
-    Vec d = direction(w[0], w[1]);
-    o.moveTo(w[0].x - d.y * r, w[0].y + d.x * r);
+    Vec d = direction(w[n - 1], w[0]);
+    double lenIn = distance(w[n - 1], w[0]);
+    o.moveTo(w[0].x - d.y * o.radius, w[0].y + d.x * o.radius);
     for (int i = 0; i < n; ++i) {
-        Vec b = w[i + 1];
-        o.lineTo(b.x - d.y * r, b.y + d.x * r);
-        Vec e = direction(b, w[(i + 2) % (n + 1) == 0 ? 1 : i + 2]);
-        join(o, b, d, e);
-        d = e;
+        Vec e = direction(w[i], w[i + 1]);
+        double lenOut = distance(w[i], w[i + 1]);
+        corner(o, w[i], d, e, lenIn, lenOut);
+        d = e, lenIn = lenOut;
     }
     o.close();
 }
@@ -121,7 +140,8 @@ void outline(Outline &o, const Vec *p, int count)
         o.close();
         return;
     }
-    if (count >= 4 && p[0].x == p[count - 1].x && p[0].y == p[count - 1].y) {
+    // A polyline that ends where it started is joined there, not capped.
+    if (count >= 4 && std::fabs(p[0].x - p[count - 1].x) + std::fabs(p[0].y - p[count - 1].y) < kSamePoint) {
         loop(o, Walk{p, count, false});
         loop(o, Walk{p, count, true});
         return;
@@ -173,7 +193,7 @@ void buildStrokes(tovCanvas *c)
                 Vec v{sp[k].x, sp[k].y};
                 if (!verts.empty()) {
                     Vec a = verts.back();
-                    if (std::fabs(v.x - a.x) + std::fabs(v.y - a.y) < 1e-4)
+                    if (std::fabs(v.x - a.x) + std::fabs(v.y - a.y) < kSamePoint)
                         continue;
                     if (!near(a, v)) {
                         if (verts.size() > 1)

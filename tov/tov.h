@@ -61,15 +61,22 @@ void tovDestroy(tovCanvas *canvas);
  * intersected with the buffer. */
 void tovSetClipBox(tovCanvas *canvas, int left, int top, int right, int bottom);
 /* 0 promises that what follows lies inside the clip box, so per-pixel clip
- * tests may be skipped (drawing stays inside the buffer regardless). */
+ * tests may be skipped. tov cuts every edge to the clip box before scan
+ * conversion and never tests pixels, so the flag changes nothing. */
 void tovSetClipFlag(tovCanvas *canvas, int on);
-/* Fills the clip rectangle with the colour (replacing, not blending). */
+/* Fills the clip rectangle with the colour, premultiplied, replacing what
+ * was there and ignoring masks (formats without alpha drop the alpha). */
 void tovClear(tovCanvas *canvas, const tovColor *color);
 
 /* Bracket one group of drawing: kind 1 draws into the buffer through the
  * current mask; kind 2 turns the coverage of what is drawn (colours are
  * ignored) into a new 8-bit mask, intersected with the masks already open,
- * that multiplies all later drawing until tovDestroyMask. */
+ * that multiplies all later drawing until tovDestroyMask. Groups nest: while
+ * a kind-2 group is open, everything drawn (in nested groups too) goes into
+ * its mask. The mask covers the clip box current at tovBeginCanvas; outside
+ * it nothing is drawn. tovEndCanvas ends the innermost group whatever kind
+ * it is given; unmatched calls are ignored. Up to 64 masks may exist at
+ * once; a mask beyond that hides all drawing until it is dropped. */
 void tovBeginCanvas(tovCanvas *canvas, int kind);
 void tovEndCanvas(tovCanvas *canvas, int kind);
 /* Drops the most recent mask. */
@@ -77,7 +84,9 @@ void tovDestroyMask(tovCanvas *canvas);
 
 /* A path set: moves, lines and quadratic curves with the current fills and
  * pen, filled (non-zero per fill) and then stroked at tovEndShape. The three
- * integers are reserved and ignored. */
+ * integers are reserved and ignored. tovBeginShape forgets the style lists
+ * of the previous path set. Points with a NaN coordinate drop the edges
+ * that touch them; coordinates are clamped to +-4194304 pixels. */
 void tovBeginShape(tovCanvas *canvas, int a, int b, int c);
 void tovMoveTo(tovCanvas *canvas, double x, double y);
 void tovLineTo(tovCanvas *canvas, double x, double y);
@@ -85,8 +94,13 @@ void tovCurveTo(tovCanvas *canvas, double cx, double cy, double x, double y);
 /* Fill indices (into the brush list) left (fill0) and right (fill1) of the
  * following edges as seen on screen with y down; 0 means no fill. */
 void tovUseBrush(tovCanvas *canvas, int fill0, int fill1);
-/* Pen index (into the pen list) of the following edges; 0 means no line. */
+/* Pen index (into the pen list) of the following edges; 0 means no line.
+ * Consecutive edges of one pen form a polyline with round joins; a move or
+ * a change of pen ends it (with round caps). */
 void tovUsePen(tovCanvas *canvas, int pen);
+/* Fills every style (their coverages summed into one layer, so regions
+ * sharing an edge meet without a seam), then strokes each pen in index
+ * order. */
 void tovEndShape(tovCanvas *canvas);
 
 /* Style lists for the current path set: arrays of handles (null entries draw
@@ -102,7 +116,10 @@ tovObject *tovCreateSolidBrush(tovCanvas *canvas, tovColor color,
 /* type 2 linear, 3 radial; stops in ascending ratio (up to 255 used); the
  * gradient square spans -819.2..819.2 in both axes before `matrix` (a b tx /
  * c d ty) maps it to output pixels; tx, ty repeat the matrix translation;
- * spread is reserved (pass 1); cx (may be null) applies to the stop colours. */
+ * spread is reserved (pass 1); cx (may be null) applies to the stop colours.
+ * Linear: t = (u.x + 819.2) / 1638.4; radial: t = |u| / 819.2, u being the
+ * point in the gradient square; both padded at the ends. A matrix that
+ * cannot be inverted gives a brush that paints nothing. */
 tovObject *tovCreateGradientBrush(tovCanvas *canvas, int type, int count,
                                   const tovGradientStop *stops, int spread,
                                   double tx, double ty, const double matrix[2][3],

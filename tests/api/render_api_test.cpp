@@ -4,6 +4,7 @@
 // with a stride, and every pixel format.
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <cmath>
 #include <cstring>
 #include <functional>
@@ -329,6 +330,91 @@ TEST(RenderBuffers, EveryPixelFormatShowsTheSameColours) {
             EXPECT_NEAR(probes[i].b, (*reference)[i].b, f.tolerance) << where;
         }
     }
+}
+
+}  // namespace
+
+namespace {
+
+// Shape 1: a red box over the whole 40 x 40 movie; shape 2: a blue box over
+// its left half, used as the clip layer; shape 3: a green box over its top half.
+swf::Movie LayeredScene() {
+    swf::Movie m = Scene(40, 40);
+    m.tags.Add(host::BoxShape(1, 0, 0, 800, 800, Color(255, 0, 0)))
+        .Add(host::BoxShape(2, 0, 0, 400, 800, Color(0, 0, 255)))
+        .Add(host::BoxShape(3, 0, 0, 800, 400, Color(0, 255, 0)));
+    return m;
+}
+
+swf::Bytes ClipLayer(uint16_t depth, uint16_t clipDepth, uint16_t id) {
+    swf::Place2 p;
+    p.depth = depth;
+    p.characterId = id;
+    p.clipDepth = clipDepth;
+    return swf::PlaceObject2(p);
+}
+
+TEST(RenderMasks, ClipLayerMasksTheDepthsItCoversOnly) {
+    swf::Movie m = LayeredScene();
+    m.tags.Add(ClipLayer(2, 5, 2))                              // mask: the left half
+        .Add(swf::PlaceObject(1, 3, swf::Matrix()))             // red, masked
+        .Add(swf::PlaceObject(3, 6, swf::Matrix()));            // green, after the mask closed
+    Pixels px = Draw(m, 40, 40);
+    ExpectNear(px.at(10, 30), {255, 0, 0}, 0, "masked content inside the mask");
+    ExpectNear(px.at(30, 30), kWhite, 0, "masked content outside the mask");
+    ExpectNear(px.at(30, 10), {0, 255, 0}, 0, "content past the clip depth");
+}
+
+TEST(RenderMasks, NestedClipLayersIntersect) {
+    swf::Movie m = LayeredScene();
+    m.tags.Add(ClipLayer(2, 10, 2))                             // left half, up to depth 10
+        .Add(ClipLayer(3, 4, 3))                                // top half, up to depth 4
+        .Add(swf::PlaceObject(1, 4, swf::Matrix()))             // inside both masks
+        .Add(swf::PlaceObject(1, 5, swf::Matrix::Translate(0, 400)));  // inside the first only
+    Pixels px = Draw(m, 40, 40);
+    ExpectNear(px.at(10, 10), {255, 0, 0}, 0, "inside both masks");
+    ExpectNear(px.at(30, 10), kWhite, 0, "outside the first mask");
+    ExpectNear(px.at(10, 30), {255, 0, 0}, 0, "the second mask closed at depth 5");
+    ExpectNear(px.at(30, 30), kWhite, 0, "the first mask still open");
+}
+
+TEST(RenderModes, MinusOneRepaintsWithoutClearing) {
+    swf::Movie m = LayeredScene();
+    m.tags.Add(swf::PlaceObject(3, 1, swf::Matrix())).Add(swf::ShowFrame());
+    Engine e(m.Build());
+    Pixels px(40, 40, 0xFF000000u);
+    zelEngineForward(e.get(), 1, 40, 40, 1);
+    zelEnginePlay(e.get(), px.get(), 0, 0, 40, 40, 0);  // forced full redraw
+    ExpectNear(px.at(10, 30), kWhite, 0, "background after the first Play");
+    std::fill(px.data.begin(), px.data.end(), 0xFF000000u);
+    zelEnginePlay(e.get(), px.get(), 0, 0, 40, 40, -1);
+    ExpectNear(px.at(10, 10), {0, 255, 0}, 0, "content repainted");
+    ExpectNear(px.at(10, 30), {0, 0, 0}, 0, "background left as it was");
+}
+
+TEST(RenderModes, IncrementalPlayWithNothingChangedLeavesTheBufferAlone) {
+    swf::Movie m = LayeredScene();
+    m.tags.Add(swf::PlaceObject(3, 1, swf::Matrix())).Add(swf::ShowFrame()).Add(swf::ShowFrame());
+    Engine e(m.Build());
+    Pixels px(40, 40);
+    zelEngineForward(e.get(), 1, 40, 40, 1);
+    zelEnginePlay(e.get(), px.get(), 0, 0, 40, 40, 0);
+    zelEngineForward(e.get(), 1, 40, 40, 1);
+    std::fill(px.data.begin(), px.data.end(), 0x01020304u);
+    zelEnginePlay(e.get(), px.get(), 0, 0, 40, 40, 0);
+    for (uint32_t p : px.data) ASSERT_EQ(p, 0x01020304u);
+}
+
+TEST(RenderModes, NoBackgroundColourMeansNoClearing) {
+    swf::Movie m = host::MovieOf(40, 40);
+    m.tags.Add(host::BoxShape(3, 0, 0, 800, 400, Color(0, 255, 0))).Add(swf::PlaceObject(3, 1, swf::Matrix()));
+    m.tags.Add(swf::ShowFrame());
+    Engine e(m.Build());
+    Pixels px(40, 40, 0xFF0000FFu);
+    zelEngineForward(e.get(), 1, 40, 40, 1);
+    zelEnginePlay(e.get(), px.get(), 0, 0, 40, 40, 0);
+    ExpectNear(px.at(10, 10), {0, 255, 0}, 0, "shape");
+    EXPECT_EQ(px.at(10, 30), 0xFF0000FFu);
 }
 
 }  // namespace

@@ -65,7 +65,8 @@ TEST(SpriteRender, NestedSpritesCombineTheirTransforms) {
     Step(e, px);
     EXPECT_EQ(px.at(46, 26), kRed);
     EXPECT_EQ(px.at(64, 44), kRed);
-    for (auto [x, y] : {std::pair{44, 35}, {66, 35}, {55, 24}, {55, 46}}) EXPECT_EQ(px.at(x, y), kWhite) << x << "," << y;
+    for (auto [x, y] : {std::pair{44, 35}, {66, 35}, {55, 24}, {55, 46}})
+        EXPECT_EQ(px.at(x, y), kWhite) << x << "," << y;
 }
 
 TEST(SpriteRender, TimelineAdvancesAndLoopsOnItsOwn) {
@@ -130,6 +131,47 @@ TEST(SpriteRender, UpdateBoxesCoverTheSpritesOwnChanges) {
     EXPECT_EQ(px.at(55, 25), kRed);
 }
 
+TEST(SpriteRender, RepaintingOnlyTheUpdateBoxesMatchesAFullRepaint) {
+    // Nested sprites moving, looping, masking and being replaced, at a zoom
+    // of 2: the update boxes must hold every pixel that changed.
+    auto move = [](uint16_t depth, int32_t x, int32_t y) {
+        swf::Place2 p;
+        p.depth = depth;
+        p.move = true;
+        p.matrix = Matrix::Translate(x, y);
+        return swf::PlaceObject2(p);
+    };
+    swf::Place2 swap;
+    swap.depth = 2;
+    swap.move = true;
+    swap.characterId = 3;
+    const std::vector<Bytes> defs = {
+        RedBox(1, 0, 0, 300, 200), BoxShape(2, 0, 0, 200, 300, Color(0, 128, 255)),
+        BoxShape(3, -100, -100, 100, 100, Color(20, 200, 20, 160)),
+        SpriteOf(10, {{Place(1, 1)}, {move(1, 300, 100)}, {move(1, 600, 0)}, {swf::RemoveObject2(1)}}),
+        SpriteOf(11, {{PlaceClip(2, 1, 3), Place(10, 2, Matrix::Translate(-100, 50)), Place(1, 5)},
+                      {move(2, 0, 150)},
+                      {swf::PlaceObject2(swap)}}),
+        SpriteOf(12, {{Place(11, 1), Place(10, 2, Matrix::Scale(1.5, 0.5, 600, 900))}, {move(1, 300, 300)}})};
+    const Bytes movie = Movie(defs, {{Place(12, 1, Matrix::Translate(100, 100))},
+                                     {},
+                                     {move(1, 400, 150)},
+                                     {Place(11, 3, Matrix::Translate(900, 200))}});
+    Engine incremental(movie), full(movie);
+    host::Pixels a(200, 200), b(200, 200);
+    int changes = 0;
+    for (int frame = 0; frame < 12; ++frame) {
+        const std::vector<uint32_t> before = b.data;
+        zelEngineForward(incremental.get(), 1, 200, 200, 1);
+        zelEngineForward(full.get(), 1, 200, 200, 1);
+        zelEnginePlay(incremental.get(), a.get(), 0, 0, 200, 200, 0);
+        zelEnginePlay(full.get(), b.get(), 0, 0, 200, 200, 1);
+        ASSERT_EQ(a.data, b.data) << frame;
+        if (b.data != before) ++changes;
+    }
+    EXPECT_GE(changes, 10);
+}
+
 // Inside a sprite: a blue clip layer of 0..25 px at depth 1 masking depths up
 // to 3; a red 100 px box at depth 2; a green box at depth 4 (x 60..70 px).
 Bytes MaskedSprite(uint16_t id) {
@@ -190,9 +232,11 @@ TEST(SpriteRender, MaskInsideANestedSpriteFollowsItsTransform) {
     Engine e(Movie(defs, {{Place(11, 1)}}));
     host::Pixels px(100, 100);
     Step(e, px);
-    EXPECT_EQ(px.at(25, 25), kRed);
-    EXPECT_EQ(px.at(15, 15), kWhite);  // above and left of the moved mask
-    EXPECT_EQ(px.at(35, 35), kWhite);
+    // The mask moved with its sprite to 20..45 px.
+    EXPECT_EQ(px.at(21, 21), kRed);
+    EXPECT_EQ(px.at(44, 44), kRed);
+    EXPECT_EQ(px.at(15, 15), kWhite);
+    EXPECT_EQ(px.at(47, 47), kWhite);
     EXPECT_EQ(px.at(85, 25), kGreen);
 }
 

@@ -133,6 +133,23 @@ TEST(TextRender, ZoomScalesGlyphsAndPositions) {
                  {{40, 60, kRed}, {70, 60, kWhite}, {100, 60, kRed}, {130, 60, kWhite}, {40, 35, kWhite}});
 }
 
+TEST(TextRender, TextInsideASpriteTakesTheSpritesTransform) {
+    swf::Tags inner;
+    swf::Place2 child;
+    child.characterId = 2;
+    child.matrix = swf::Matrix::Translate(200, 0);
+    child.cxform = swf::Cxform{std::array<int16_t, 4>{0, 0, 256, 256}, {}, 0};
+    inner.Add(swf::PlaceObject2(child));
+    inner.Add(swf::ShowFrame());
+    swf::Place2 sprite;
+    sprite.matrix = swf::Matrix::Translate(0, 400);
+    const swf::Bytes movie = Scene(
+        200, 100, {SquareFont(), swf::DefineText(2, kTextBounds, {}, {Start({{0, 600}})}), swf::DefineSprite(3, inner)},
+        3, sprite);
+    // Square at x 20..40, y 40..60; the child's colour transform keeps only blue.
+    ExpectProbes(Render(movie, 200, 100), {{30, 50, 0xFF000000u}, {15, 50, kWhite}, {30, 30, kWhite}});
+}
+
 TEST(TextRender, TextWithoutFontDrawsNothing) {
     const swf::Bytes movie =
         Scene(200, 100, {swf::DefineText(2, kTextBounds, {}, {Start({{0, 600}, {0, 600}})})}, 2);

@@ -1,7 +1,6 @@
-// Morph shapes: loading the parallel start and end styles and the two record
-// streams, every way a morph is rejected, and the in-between points, colours,
-// gradients and pens for a ratio (integer colours truncated toward zero,
-// double coordinates).
+// Morph shapes: loading the parallel styles and both edge streams, every way a
+// morph is rejected, and the in-between points, colours, gradients and pens
+// for a ratio.
 #include <gtest/gtest.h>
 
 #include "chars/BMorph.h"

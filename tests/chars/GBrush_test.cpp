@@ -1,7 +1,6 @@
-// Fill-style reading: solid colours with and without alpha, linear and
-// radial gradients (count, entries, matrix in pixels), bitmap and unknown
-// fills, the failure codes, the type table and the lending of a draw's
-// matrix and colour transform.
+// Fill-style reading: solid colours, linear and radial gradients, bitmap and
+// unknown fills, the failure codes, the type table, and the lending of a
+// draw's matrix and colour transform to the records.
 #include <gtest/gtest.h>
 
 #include "chars/GBrush.h"

@@ -1,7 +1,6 @@
-// Hostile definition tags: valid shapes and morphs with bytes flipped, cut
-// short or given lying lengths are built by the dictionary, placed and drawn.
-// Nothing may read outside the movie, leak or hang (the sanitizer build
-// checks the first two); loads may fail, but only by returning 0.
+// Hostile definition tags (flipped bytes, cut short, lying lengths) are built,
+// placed and drawn: nothing may read outside the movie, leak or hang (the
+// sanitizer build checks); a load may fail, but only by returning 0.
 #include <gtest/gtest.h>
 
 #include <random>

@@ -1,7 +1,6 @@
-// A sprite's own timeline: frames read one per prepared movie frame, looping
-// with the display list cleared, the child-sprite cache, the control tags
-// (placements, removals and their error codes, frame labels, the replace
-// that reads on inside its tag), the areas reported and the bounds.
+// A sprite's own timeline: frames read and looped with the list cleared, the
+// child-sprite cache, control tags and their error codes, the replace that
+// reads on inside its tag, reported areas and bounds.
 #include <gtest/gtest.h>
 
 #include <cstring>
@@ -156,10 +155,10 @@ TEST(SpriteTimeline, RemoveRecordCutShortPushesItsCodeAndStillRemoves) {
         Bytes tag;
         unsigned code;
     };
-    // RemoveObject without its depth; RemoveObject2 with one byte of depth,
-    // which reads as depth 0 and so removes nothing.
+    // RemoveObject without its depth, RemoveObject2 with an empty body: the
+    // depth reads as 0, so the removal finds nothing.
     const Case cases[] = {{swf::Tag(swf::kRemoveObject, {1, 0}), kErrRemoveObject},
-                          {swf::Tag(swf::kRemoveObject2, {3}), kErrRemoveObject2}};
+                          {swf::Tag(swf::kRemoveObject2, {}), kErrRemoveObject2}};
     for (const Case& c : cases) {
         DictionaryFixture f({{1, SquareShape(1)}, {10, SpriteOf(10, {{Place(1, 1)}, {c.tag}})}});
         BSprite* s = Build(f, 10);
@@ -306,13 +305,14 @@ TEST(SpriteTimeline, ResetRewindsToTheFirstControlTag) {
 }
 
 TEST(SpriteTimeline, HeaderThatCannotBeReadFailsTheLoad) {
-    DictionaryFixture f({{10, swf::Tag(swf::kDefineSprite, {10, 0, 1})}});
+    DictionaryFixture f({{10, swf::Tag(swf::kDefineSprite, {10, 0})}});
     EXPECT_EQ(f.dict.NewChar(10), nullptr);
     EXPECT_EQ(f.LastError(), unsigned{kErrLoadSprite});
 }
 
-TEST(SpriteTimeline, StreamCutShortEndsEveryFrame) {
-    // The declared length runs past the buffer: reads there give 0, an End.
+TEST(SpriteTimeline, StreamRunningPastTheBufferReadsAsEnd) {
+    // The declared length runs past the buffer: reads there give 0, an End,
+    // so the placement is the whole of frame 0 and the other frames are empty.
     Bytes body = {10, 0, 3, 0};
     const Bytes place = Place(1, 1);
     body.insert(body.end(), place.begin(), place.end());
@@ -320,7 +320,8 @@ TEST(SpriteTimeline, StreamCutShortEndsEveryFrame) {
     BSprite* s = Build(f, 10);
     ASSERT_NE(s, nullptr);
     for (int i = 0; i < 6; ++i) Frame(s);
-    EXPECT_EQ(Depths(s->actors), std::vector<int>{});
+    EXPECT_EQ(Depths(s->actors), std::vector<int>{1});
+    EXPECT_EQ(s->curFrame, 0);
 }
 
 }  // namespace

@@ -1,7 +1,6 @@
-// Test support for the dictionary and the character classes: a movie buffer
-// of tags laid back to back in one exact-size heap block (so a read past its
-// end is caught by the address sanitizer), a dictionary bounded by it, and
-// its error stack.
+// Test support for the dictionary and the characters: tags back to back in one
+// exact-size heap block (the sanitizer catches a read past its end) and a
+// dictionary bounded by it, with its error stack.
 #ifndef ZEL_TESTS_DISPLAY_DICTIONARYFIXTURE_H
 #define ZEL_TESTS_DISPLAY_DICTIONARYFIXTURE_H
 

@@ -5,6 +5,7 @@
 #include <vector>
 
 #include "display/BChar.h"
+#include "display/DictionaryFixture.h"
 #include "display/GActor.h"
 #include "parse/GParser.h"
 #include "render/GClipBox.h"
@@ -106,6 +107,22 @@ TEST(GActorInsert, ATakenDepthKeepsTheFirstActorAndStillReportsTheNewcomersArea)
     EXPECT_TRUE(l.ch.reports[0].insert);
     EXPECT_EQ(l.ch.reports[0].tx, 4000);
     EXPECT_EQ(l.clip.boxes.GetCount(), 2);  // both areas are dirty
+}
+
+TEST(GActorInsert, ATakenDepthKeepsTheReferenceTheNewcomerTook) {
+    DictionaryFixture f({{1, SquareShape(1)}});
+    GClipBox clip;
+    GCTRL_INFO info = {};
+    info.characterId = 1;
+    info.depth = 3;
+    GActor* head = GActor::Insert(f.dict.NewActor(&info), &clip, nullptr, nullptr);
+    head = GActor::Insert(f.dict.NewActor(&info), &clip, head, nullptr);
+    ASSERT_EQ(head->next, nullptr);
+    EXPECT_EQ(head->character->refCount, 2);
+    f.dict.DeleteActor(head);
+    // One reference is never given back: the shape stays built until the
+    // dictionary itself goes.
+    EXPECT_NE(f.dict.slots[1], f.Tag(0));
 }
 
 TEST(GActorInsert, ReportsTheActorsMatrixFollowedByTheOuterOne) {

@@ -6,6 +6,7 @@
 #include <gtest/gtest.h>
 
 #include <functional>
+#include <random>
 #include <string>
 #include <vector>
 
@@ -106,6 +107,25 @@ TEST(HostileRecordTest, EveryPrefixOfEveryRecordFailsWithItsCode) {
             EXPECT_EQ(Popped(e), r.code) << r.name << " cut at " << n;
             EXPECT_EQ(e.GetErrorNum(), 0u);
         }
+    }
+}
+
+TEST(HostileRecordTest, RandomBytesFailOnlyWithTheirCode) {
+    // Any bytes: a reader either succeeds without touching the flag and the
+    // stack, or fails with the flag set and exactly its code left.
+    std::mt19937 random(1234);
+    const std::vector<Reader> readers = Readers();
+    for (int round = 0; round < 3000; ++round) {
+        swf::Bytes bytes(1 + random() % 24);
+        for (auto& b : bytes) b = static_cast<uint8_t>(random());
+        const Reader& r = readers[static_cast<size_t>(round) % readers.size()];
+        auto buffer = Exact(bytes);
+        GParser p;
+        GError e;
+        Over(p, buffer.get(), bytes.size());
+        const int result = r.read(p, e);
+        EXPECT_EQ(result == 0, p.error == 1) << r.name << " round " << round;
+        EXPECT_EQ(Popped(e), result ? 0u : r.code) << r.name << " round " << round;
     }
 }
 
@@ -260,6 +280,29 @@ TEST(HostilePlacementTest, BufferEndingInsideTheTagReadsZeros) {
             if (code == swf::kPlaceObject) p.LoadCtrlPlace(total, &info, &e);
             Release(info);
         }
+    }
+}
+
+TEST(HostilePlacementTest, RandomPlacementBodies) {
+    std::mt19937 random(99);
+    for (int round = 0; round < 3000; ++round) {
+        swf::Bytes body(random() % 40);
+        for (auto& b : body) b = static_cast<uint8_t>(random());
+        const bool second = round % 2;
+        const swf::Bytes tag = swf::TagWithLength(second ? swf::kPlaceObject2 : swf::kPlaceObject, body,
+                                                  static_cast<uint32_t>(random() % 48));
+        auto buffer = Exact(tag);
+        GParser p;
+        GError e;
+        unsigned total = 0;
+        p.InitTagHead(buffer.get(), &total, buffer.get() + tag.size());
+        GCTRL_INFO info = {};
+        const int result = second ? p.LoadCtrlPlace2(total, &info, &e) : p.LoadCtrlPlace(total, &info, &e);
+        EXPECT_EQ(Popped(e), result ? 0u : (second ? kErrPlaceObject2 : kErrPlaceObject)) << round;
+        if (result) {
+            EXPECT_EQ(p.error, 0) << round;
+        }
+        Release(info);
     }
 }
 

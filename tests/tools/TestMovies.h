@@ -23,11 +23,12 @@ struct RectMovie {
     int stepX = 0;                                     // pixels moved per frame
     swf::Rgba fill = kRed;
     bool background = true;  // SetBackgroundColor blue
+    int originX = 0, originY = 0;  // pixels: the frame rectangle's top-left corner
     std::vector<swf::Bytes> extraTags;
 
     swf::Bytes Build() const {
         swf::Movie m;
-        m.frame = {0, kWidth * 20, 0, kHeight * 20, 0};
+        m.frame = {originX * 20, (originX + kWidth) * 20, originY * 20, (originY + kHeight) * 20, 0};
         if (background) m.tags.Add(swf::SetBackgroundColor(kBlue));
         swf::Shape s({swf::Fill::Solid(fill)});
         s.Fill1(1).MoveTo(0, 0).LineTo((right - left) * 20, 0).LineTo((right - left) * 20, (bottom - top) * 20)
@@ -37,7 +38,7 @@ struct RectMovie {
         for (int f = 0; f < frames; ++f) {
             swf::Place2 p;
             p.depth = 1;
-            p.matrix = swf::Matrix::Translate((left + f * stepX) * 20, top * 20);
+            p.matrix = swf::Matrix::Translate((originX + left + f * stepX) * 20, (originY + top) * 20);
             if (f == 0) {
                 p.characterId = 1;
             } else {

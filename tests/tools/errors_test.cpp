@@ -86,6 +86,7 @@ TEST_F(ErrorTest, ImpossibleRequestsAreUsageErrors) {
         {{"render", good_, "-o", out, "--frames", "x"}, "--frames"},
         {{"render", good_, "-o", out, "--size", "0x10"}, "outside 1..16384"},
         {{"render", good_, "-o", out, "--size", "20000x10"}, "outside 1..16384"},
+        {{"render", good_, "-o", out, "--size", "16000x16000"}, "more than 67108864 pixels"},
         {{"render", good_, "-o", out, "--size", "big"}, "WIDTHxHEIGHT"},
         {{"render", good_, "-o", out, "--scale", "-1"}, "--scale"},
         {{"render", good_, "-o", out, "--scale", "500"}, "larger than 16384"},

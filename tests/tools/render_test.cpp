@@ -67,6 +67,21 @@ TEST_F(RenderTest, EveryOrientationKeepsTheWholeFrameInTheImage) {
     }
 }
 
+// A frame rectangle that does not start at (0, 0) still fills the image,
+// in every orientation.
+TEST_F(RenderTest, FrameAwayFromTheOriginIsShownWhole) {
+    movies::RectMovie m;
+    m.originX = -30;
+    m.originY = 15;
+    for (const char* orientation : {"0", "2"}) {
+        SCOPED_TRACE(orientation);
+        const Image img = RenderOne(m.Build(), {"--orientation", orientation});
+        const bool turned = orientation[0] == '2';
+        EXPECT_EQ(img.At(turned ? 79 : 20, turned ? 69 : 10), kRed);
+        EXPECT_EQ(img.At(turned ? 80 : 19, turned ? 69 : 10), kBlue);
+    }
+}
+
 TEST_F(RenderTest, ScaleMultipliesTheMoviesSize) {
     const Image img = RenderOne(movies::RectMovie{}.Build(), {"--scale", "2"});
     ASSERT_EQ(img.width, 200);

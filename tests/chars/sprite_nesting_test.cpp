@@ -1,0 +1,151 @@
+// Hostile nesting: Nesting's level bound and walk budget, sprites that place
+// themselves or each other, chains thousands deep, and instances outliving a
+// dictionary reset (the address sanitizer checks the lifetimes in CI).
+#include <gtest/gtest.h>
+
+#include <memory>
+#include <vector>
+
+#include "chars/BSprite.h"
+#include "display/DictionaryFixture.h"
+#include "display/GActor.h"
+#include "fixture/SwfSprites.h"
+#include "render/GClipBox.h"
+
+namespace {
+
+using swf::Bytes;
+using swf::Place;
+using swf::SpriteOf;
+
+BSprite* Build(DictionaryFixture& f, uint16_t id) { return static_cast<BSprite*>(f.dict.NewChar(id)); }
+
+int Frame(BSprite* s, GClipBox* clip = nullptr) {
+    s->EndScanFrame();
+    return s->PrepareData(clip, nullptr, 0);
+}
+
+// Levels of sprites below s, following the first child that is a sprite.
+int ChainLength(BSprite* s) {
+    int n = 0;
+    for (GActor* a = s->actors; a;) {
+        if (!a->character || !a->character->IsComplex()) {
+            a = a->next;
+            continue;
+        }
+        ++n;
+        a = static_cast<BSprite*>(a->character)->actors;
+    }
+    return n;
+}
+
+int InstanceCount(const GDictionary& d) {
+    int n = 0;
+    for (const BSprite* s = d.spriteInstances; s; s = s->nextInstance) ++n;
+    return n;
+}
+
+TEST(SpriteNesting, LevelsPastTheBoundAreRefused) {
+    std::vector<std::unique_ptr<BSprite::Nesting>> levels;
+    for (int i = 0; i < BSprite::Nesting::kMaxNesting; ++i) {
+        levels.push_back(std::make_unique<BSprite::Nesting>());
+        EXPECT_TRUE(levels.back()->Entered()) << i;
+    }
+    EXPECT_EQ(BSprite::Nesting::Depth(), BSprite::Nesting::kMaxNesting);
+    {
+        BSprite::Nesting refused;
+        EXPECT_FALSE(refused.Entered());
+        EXPECT_EQ(BSprite::Nesting::Depth(), BSprite::Nesting::kMaxNesting);
+    }
+    levels.clear();
+    EXPECT_EQ(BSprite::Nesting::Depth(), 0);
+}
+
+TEST(SpriteNesting, WalkBudgetEndsARunawayWalkAndRenewsForTheNext) {
+    {
+        BSprite::Nesting outer;
+        ASSERT_TRUE(outer.Entered());
+        long entered = 1;
+        for (long i = 0; i < BSprite::Nesting::kWalkBudget + 10; ++i) {
+            BSprite::Nesting inner;
+            if (inner.Entered()) ++entered;
+        }
+        EXPECT_EQ(entered, BSprite::Nesting::kWalkBudget);
+    }
+    BSprite::Nesting fresh;
+    EXPECT_TRUE(fresh.Entered());
+}
+
+TEST(SpriteNesting, SpriteThatPlacesItselfStopsAtTheLevelBound) {
+    DictionaryFixture f({{1, SquareShape(1)}, {5, SpriteOf(5, {{Place(1, 1), Place(5, 2)}})}});
+    BSprite* s = Build(f, 5);
+    GClipBox clip;
+    for (int i = 0; i < 5; ++i) Frame(s, &clip);
+    // The outermost instance is level 1 of the walk; the instance made at
+    // the last level is never prepared, so it places nothing.
+    EXPECT_EQ(ChainLength(s), BSprite::Nesting::kMaxNesting);
+    EXPECT_EQ(s->TreeInstances(), BSprite::Nesting::kMaxNesting);
+    EXPECT_EQ(BSprite::Nesting::Depth(), 0);
+}
+
+TEST(SpriteNesting, SpriteThatPlacesItselfManyTimesStopsAtTheInstanceBound) {
+    // Four self-placements per instance: a full tree 63 levels deep would
+    // hold 4^63 instances.
+    DictionaryFixture f({{5, SpriteOf(5, {{Place(5, 1), Place(5, 2), Place(5, 3), Place(5, 4)}, {}})}});
+    BSprite* s = Build(f, 5);
+    for (int i = 0; i < 8; ++i) Frame(s);
+    EXPECT_EQ(s->TreeInstances(), BSprite::kMaxTreeInstances);
+    EXPECT_EQ(InstanceCount(f.dict), BSprite::kMaxTreeInstances + 1);
+    GActor actor;
+    _GRECT b = s->GetBoundingBox(nullptr, &actor, nullptr);
+    EXPECT_TRUE(IsEmptyRect(b));
+}
+
+TEST(SpriteNesting, SpritesThatPlaceEachOtherStopAtTheLevelBound) {
+    DictionaryFixture f({{5, SpriteOf(5, {{Place(6, 1)}})}, {6, SpriteOf(6, {{Place(5, 1)}})}});
+    BSprite* s = Build(f, 5);
+    for (int i = 0; i < 3; ++i) Frame(s);
+    EXPECT_EQ(ChainLength(s), BSprite::Nesting::kMaxNesting);
+}
+
+TEST(SpriteNesting, ChainThousandsDeepIsCutAtTheLevelBound) {
+    std::vector<std::pair<uint16_t, Bytes>> defs;
+    for (uint16_t id = 100; id < 3100; ++id) defs.push_back({id, SpriteOf(id, {{Place(id + 1, 1)}})});
+    DictionaryFixture f(defs);
+    BSprite* s = Build(f, 100);
+    for (int i = 0; i < 3; ++i) Frame(s);
+    EXPECT_EQ(ChainLength(s), BSprite::Nesting::kMaxNesting);
+}
+
+TEST(SpriteNesting, InstancesOutliveADictionaryResetWithoutTouchingFreedCharacters) {
+    // After Reset(0) the shapes the sprites placed are destroyed while the
+    // instances stay listed; destroying the dictionary then frees the
+    // instances without looking at those characters.
+    auto f = std::make_unique<DictionaryFixture>(std::vector<std::pair<uint16_t, Bytes>>{
+        {1, SquareShape(1)},
+        {11, SpriteOf(11, {{Place(1, 1)}, {}})},
+        {10, SpriteOf(10, {{Place(11, 1), Place(1, 2)}, {}})}});
+    BSprite* s = Build(*f, 10);
+    for (int i = 0; i < 3; ++i) Frame(s);
+    f->dict.Reset(0);
+    EXPECT_EQ(InstanceCount(f->dict), 2);
+    f.reset();
+}
+
+TEST(SpriteNesting, DeletingTheOutermostActorFreesItsListAndCache) {
+    DictionaryFixture f({{1, SquareShape(1)},
+                         {11, SpriteOf(11, {{Place(1, 1)}})},
+                         {10, SpriteOf(10, {{Place(11, 1), Place(1, 2)}, {swf::RemoveObject2(1)}})}});
+    GCTRL_INFO info = {};
+    info.characterId = 10;
+    info.depth = 1;
+    GActor* actor = f.dict.NewActor(&info);
+    ASSERT_NE(actor, nullptr);
+    auto* s = static_cast<BSprite*>(actor->character);
+    for (int i = 0; i < 4; ++i) Frame(s);
+    f.dict.DeleteActor(actor);
+    // The child instance stays listed until the dictionary frees it.
+    EXPECT_EQ(InstanceCount(f.dict), 1);
+}
+
+}  // namespace

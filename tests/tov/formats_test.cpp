@@ -1,0 +1,187 @@
+// formats_test.cpp: every pixel format shows the same picture as ARGB32
+// within its precision, byte layouts are as documented, buffer origin,
+// stride and clip box are honoured, and bad descriptors are refused.
+#include "tov_fixture.h"
+
+#include <gtest/gtest.h>
+
+using namespace tovtest;
+
+namespace {
+
+struct Format {
+    int code;
+    int bytes;
+    int bits[3]; // precision of red, green, blue
+};
+
+const Format kFormats[] = {
+    {280, 4, {8, 8, 8}}, {24, 3, {8, 8, 8}}, {272, 3, {8, 8, 8}}, {271, 3, {8, 8, 8}},
+    {16, 2, {5, 6, 5}},  {15, 2, {5, 5, 5}}, {12, 2, {4, 4, 4}},  {268, 2, {5, 6, 5}},
+};
+
+// Decodes one pixel to 8-bit red, green, blue, independently of the library.
+void decode(int format, const uint8_t *p, int rgb[3])
+{
+    uint16_t w = 0;
+    std::memcpy(&w, p, 2);
+    auto widen = [](int v, int bits) { return v * 255 / ((1 << bits) - 1); };
+    switch (format) {
+    case 280: {
+        uint32_t v;
+        std::memcpy(&v, p, 4);
+        rgb[0] = (v >> 16) & 255, rgb[1] = (v >> 8) & 255, rgb[2] = v & 255;
+        break;
+    }
+    case 24: rgb[0] = p[0], rgb[1] = p[1], rgb[2] = p[2]; break;
+    case 271: case 272: rgb[0] = p[2], rgb[1] = p[1], rgb[2] = p[0]; break;
+    case 16: rgb[0] = widen(w >> 11, 5), rgb[1] = widen((w >> 5) & 63, 6), rgb[2] = widen(w & 31, 5); break;
+    case 268: rgb[0] = widen(w & 31, 5), rgb[1] = widen((w >> 5) & 63, 6), rgb[2] = widen(w >> 11, 5); break;
+    case 15: rgb[0] = widen((w >> 10) & 31, 5), rgb[1] = widen((w >> 5) & 31, 5), rgb[2] = widen(w & 31, 5); break;
+    default: rgb[0] = widen((w >> 8) & 15, 4), rgb[1] = widen((w >> 4) & 15, 4), rgb[2] = widen(w & 15, 4); break;
+    }
+}
+
+// A scene of opaque and translucent fills, a gradient and a stroke over an
+// opaque background.
+void drawScene(tovCanvas *c)
+{
+    tovColor bg{30, 60, 90, 255};
+    tovClear(c, &bg);
+    fillRect(c, solid(c, 250, 10, 128), 3.5, 2.25, 20.75, 14);
+    fillCircle(c, solid(c, 0, 255, 40, 140), 22, 12, 9.3);
+    tovGradientStop stops[2] = {{0, {255, 255, 0, 255}}, {255, {0, 0, 255, 200}}};
+    double m[2][3] = {{0.02, 0, 16}, {0, 0.02, 24}};
+    fillRect(c, tovCreateGradientBrush(c, 2, 2, stops, 1, 16, 24, m, nullptr), 0, 18, 32, 30);
+    strokePolyline(c, 2.5, tovColor{255, 255, 255, 180}, {{1, 29}, {16, 4}, {31, 29}});
+}
+
+TEST(TovFormats, EveryFormatShowsTheArgbPictureWithinItsPrecision)
+{
+    Surface ref(32, 32);
+    {
+        Canvas c(ref);
+        drawScene(c);
+    }
+    for (const Format &f : kFormats) {
+        Surface s(32, 32, f.code, f.bytes);
+        {
+            Canvas c(s);
+            ASSERT_NE(static_cast<tovCanvas *>(c), nullptr) << f.code;
+            drawScene(c);
+        }
+        EXPECT_TRUE(s.guardsIntact()) << f.code;
+        for (int y = 0; y < 32; ++y)
+            for (int x = 0; x < 32; ++x) {
+                int want[3], got[3];
+                decode(280, ref.at(x, y), want);
+                decode(f.code, s.at(x, y), got);
+                for (int k = 0; k < 3; ++k) {
+                    // One step of the channel for the stored value, plus one
+                    // more when blending read back a rounded destination.
+                    int step = 255 / ((1 << f.bits[k]) - 1);
+                    ASSERT_NEAR(got[k], want[k], f.bits[k] == 8 ? 1 : 2 * step)
+                        << "format " << f.code << " at " << x << "," << y << " channel " << k;
+                }
+            }
+    }
+}
+
+TEST(TovFormats, PureRedHasTheDocumentedLayout)
+{
+    struct Layout {
+        int code, bytes;
+        uint8_t expect[4];
+    };
+    const Layout layouts[] = {
+        {24, 3, {0xff, 0, 0, 0}},    {272, 3, {0, 0, 0xff, 0}},   {271, 3, {0, 0, 0xff, 0}},
+        {16, 2, {0x00, 0xf8, 0, 0}}, {15, 2, {0x00, 0x7c, 0, 0}}, {12, 2, {0x00, 0x0f, 0, 0}},
+        {268, 2, {0x1f, 0x00, 0, 0}}, {280, 4, {0, 0, 0xff, 0xff}},
+    };
+    for (const Layout &l : layouts) {
+        Surface s(2, 1, l.code, l.bytes);
+        Canvas c(s);
+        tovColor red{255, 0, 0, 255};
+        tovClear(c, &red);
+        EXPECT_EQ(0, std::memcmp(s.at(1, 0), l.expect, size_t(l.bytes))) << l.code;
+    }
+}
+
+TEST(TovFormats, ClearWritesPremultipliedArgb)
+{
+    Surface s(4, 4);
+    Canvas c(s);
+    tovColor half{200, 100, 0, 128};
+    tovClear(c, &half);
+    EXPECT_EQ(s.argb(2, 2), 0x80643200u);
+}
+
+TEST(TovBuffer, OriginStrideAndClipBoxAreHonoured)
+{
+    // Buffer pixel (0, 0) shows output pixel (100, 50); rows carry 7 bytes
+    // of padding (an odd stride) that must stay untouched, as must every
+    // pixel outside the clip box.
+    for (const Format &f : kFormats) {
+        Surface s(20, 10, f.code, f.bytes, 20 * f.bytes + 7);
+        Canvas c(s, 100, 50);
+        ASSERT_NE(static_cast<tovCanvas *>(c), nullptr);
+        tovColor white{255, 255, 255, 255};
+        tovClear(c, &white);
+        tovSetClipBox(c, 105, 52, 112, 58);
+        fillRect(c, solid(c, 0, 0, 0), 90, 40, 200, 200);
+        strokePolyline(c, 3, tovColor{0, 0, 0, 255}, {{90, 40}, {200, 200}});
+        EXPECT_TRUE(s.guardsIntact()) << f.code;
+        for (int y = 0; y < 10; ++y)
+            for (int x = 0; x < 20; ++x) {
+                int rgb[3];
+                decode(f.code, s.at(x, y), rgb);
+                bool inside = x >= 5 && x < 12 && y >= 2 && y < 8;
+                ASSERT_EQ(rgb[0], inside ? 0 : 255) << f.code << " at " << x << "," << y;
+            }
+    }
+}
+
+TEST(TovBuffer, ClipBoxIsIntersectedWithTheBuffer)
+{
+    Surface s(10, 10);
+    Canvas c(s);
+    tovSetClipBox(c, -100, -100, 1000, 1000);
+    tovColor red{255, 0, 0, 255};
+    tovClear(c, &red);
+    EXPECT_EQ(s.argb(0, 0), 0xffff0000u);
+    EXPECT_EQ(s.argb(9, 9), 0xffff0000u);
+    tovSetClipBox(c, 20, 20, 30, 30);
+    tovColor blue{0, 0, 255, 255};
+    tovClear(c, &blue);
+    fillRect(c, solid(c, 0, 255, 0), 0, 0, 10, 10);
+    EXPECT_EQ(s.argb(9, 9), 0xffff0000u);
+    EXPECT_TRUE(s.guardsIntact());
+}
+
+TEST(TovBuffer, CreateRefusesBadDescriptors)
+{
+    Surface s(10, 10);
+    tovBuffer ok = s.buffer();
+    tovCanvas *c = tovCreate(&ok);
+    EXPECT_NE(c, nullptr);
+    tovDestroy(c);
+    const struct {
+        const char *what;
+        void (*change)(tovBuffer &);
+    } cases[] = {
+        {"unknown format", [](tovBuffer &b) { b.format = 32; }},
+        {"null pixels", [](tovBuffer &b) { b.pixels = 0; }},
+        {"zero width", [](tovBuffer &b) { b.width = 0; }},
+        {"negative height", [](tovBuffer &b) { b.height = -3; }},
+        {"stride below a row", [](tovBuffer &b) { b.stride = 39; }},
+        {"negative stride", [](tovBuffer &b) { b.stride = -40; }},
+    };
+    for (const auto &k : cases) {
+        tovBuffer b = ok;
+        k.change(b);
+        EXPECT_EQ(tovCreate(&b), nullptr) << k.what;
+    }
+    EXPECT_EQ(tovCreate(nullptr), nullptr);
+}
+
+} // namespace
