@@ -5,6 +5,7 @@
 
 #include <cmath>
 #include <random>
+#include <string>
 #include <vector>
 
 #include "fixture/SwfBuilder.h"
@@ -117,16 +118,16 @@ struct Player {
     ~Player() { zelEngineClose(handle); }
 };
 
-void Full(benchmark::State& state, Scene scene) {
-    Player p(scene, static_cast<int>(state.range(0)), static_cast<int>(state.range(1)));
+void Full(benchmark::State& state, Scene scene, int w, int h) {
+    Player p(scene, w, h);
     for (auto _ : state) {
         zelEnginePlay(p.handle, &p.buffer, 0, 0, p.w, p.h, 2);
         benchmark::DoNotOptimize(p.pixels.data());
     }
 }
 
-void Incremental(benchmark::State& state, Scene scene) {
-    Player p(scene, static_cast<int>(state.range(0)), static_cast<int>(state.range(1)));
+void Incremental(benchmark::State& state, Scene scene, int w, int h) {
+    Player p(scene, w, h);
     for (auto _ : state) {
         if (zelEngineForward(p.handle, 1, p.w, p.h, 1) == 0) {
             state.PauseTiming();
@@ -141,17 +142,26 @@ void Incremental(benchmark::State& state, Scene scene) {
     }
 }
 
-void Sizes(benchmark::internal::Benchmark* b) {
-    b->Args({1280, 720})->Args({1920, 1080})->Unit(benchmark::kMillisecond);
-}
-
-BENCHMARK_CAPTURE(Full, shapes_5000, kManyShapes)->Apply(Sizes);
-BENCHMARK_CAPTURE(Incremental, shapes_5000, kManyShapes)->Apply(Sizes);
-BENCHMARK_CAPTURE(Full, curved_outlines_2000, kCurvedOutlines)->Apply(Sizes);
-BENCHMARK_CAPTURE(Incremental, curved_outlines_2000, kCurvedOutlines)->Apply(Sizes);
-BENCHMARK_CAPTURE(Full, fullscreen_gradients, kGradients)->Apply(Sizes);
-BENCHMARK_CAPTURE(Incremental, fullscreen_gradients, kGradients)->Apply(Sizes);
-
 }  // namespace
 
-BENCHMARK_MAIN();
+// Names read "scene/engine" so that bench/run.sh puts them in the engine column.
+int main(int argc, char** argv) {
+    const struct {
+        const char* name;
+        Scene scene;
+    } scenes[] = {{"5000 shapes", kManyShapes}, {"2000 curved outlines", kCurvedOutlines}, {"fullscreen gradients", kGradients}};
+    const int sizes[][2] = {{1280, 720}, {1920, 1080}};
+    for (const auto& sc : scenes) {
+        for (const auto& size : sizes) {
+            const std::string base = std::string("engine ") + sc.name + " " + std::to_string(size[0]) + "x" + std::to_string(size[1]);
+            benchmark::RegisterBenchmark((base + " full/engine").c_str(), Full, sc.scene, size[0], size[1])
+                ->Unit(benchmark::kMillisecond);
+            benchmark::RegisterBenchmark((base + " incremental/engine").c_str(), Incremental, sc.scene, size[0], size[1])
+                ->Unit(benchmark::kMillisecond);
+        }
+    }
+    benchmark::Initialize(&argc, argv);
+    benchmark::RunSpecifiedBenchmarks();
+    benchmark::Shutdown();
+    return 0;
+}

@@ -162,11 +162,13 @@ int GFile::Forward(int frames, int width, int height, int multiplier) {
     }
     errors.ClearError();
     stage.clipBoxes.boxes.RemoveAll();
-    for (int i = 0; i < frames && currentFrame < frameCount; ++i) {
+    // The check comes after each frame: at the end of the movie a Forward still
+    // runs one empty frame, so sprites keep advancing their own timelines.
+    for (int i = 0; i < frames; ++i) {
         ForwardAFrame();
         // Once the stream is frozen, further frames change nothing: stop, so
         // that a huge frame count does not spin.
-        if (error) break;
+        if (currentFrame >= frameCount || error) break;
     }
     if (currentFrame >= frameCount && stopped) return 1;
     if (frameCount == 1) return 1;

@@ -46,6 +46,7 @@ public:
     GPointPoolArray<void> workBrushes{10};  // borrowed records, plus the new styles read while drawing
     GDataArray<void*> penHandles{10};
     GDataArray<void*> brushHandles{10};
+    GArray<_GRECT, GObjectDestroy<_GRECT>> actorBounds{64};  // each root actor's screen box, one pass
     GDataArray<_GSWFPEN> morphPens{10};
     GPointPoolArray<void> morphBrushes{10};
 

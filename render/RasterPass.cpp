@@ -60,6 +60,18 @@ void GStage::Raster(_GOFFSCR* off, int, int, int, int, int mode, GDictionary* di
         clipBoxes.InsertClipBox(all);
     }
 
+    // The actors' screen bounds do not change during the pass: compute them
+    // once rather than once per dirty box.
+    actorBounds.Forget(0);
+    for (GActor* a = actors; a; a = a->next) {
+        _GRECT r = kEmptyBounds;
+        if (a->character && !a->character->IsComplex()) {
+            r = a->character->GetBoundingBox(a->matrix);
+            if (scaleBounds && cacheDepthCount == 0) r = viewMatrix.Transform(r);
+        }
+        if (!actorBounds.Add(r)) return;
+    }
+
     const tovColor background = {bgColor.red, bgColor.green, bgColor.blue, bgColor.alpha};
     for (int b = 0; b < clipBoxes.boxes.count; ++b) {
         GRect box = clipBoxes.boxes[b];
@@ -69,7 +81,8 @@ void GStage::Raster(_GOFFSCR* off, int, int, int, int, int mode, GDictionary* di
 
         uint16_t clipStack[kClipStackSize] = {};
         int top = 0;
-        for (GActor* a = actors; a; a = a->next) {
+        int index = 0;
+        for (GActor* a = actors; a; a = a->next, ++index) {
             while (top > 0 && a->depth > clipStack[top]) {
                 tovDestroyMask(canvas);
                 --top;
@@ -85,12 +98,11 @@ void GStage::Raster(_GOFFSCR* off, int, int, int, int, int mode, GDictionary* di
             if (draw && ch->IsComplex()) {
                 ch->Rendering(this, a, nullptr, dict);
             } else if (draw) {
-                _GRECT r = ch->GetBoundingBox(a->matrix);
+                _GRECT r = actorBounds[index];
                 bool visible = true;
                 if (cacheDepthCount != 0) {
                     tovSetClipBox(canvas, 0, 0, width, height);
                 } else {
-                    if (scaleBounds) r = viewMatrix.Transform(r);
                     visible = !IsEmptyRect(r) && !IsEmptyRect(box) && Touch(r, box);
                     if (visible) SetClipBox(&box, r);
                 }

@@ -316,3 +316,29 @@ TEST(NullHandle, EveryFunctionIsHarmless) {
 }
 
 }  // namespace
+
+namespace {
+
+TEST(Forward, SpritesKeepPlayingAfterTheLastMainFrame) {
+    // A one-frame movie holding a two-frame sprite: red, then green.
+    swf::Movie m = host::MovieOf(10, 10);
+    swf::Tags inner;
+    inner.Add(swf::PlaceObject(1, 1, swf::Matrix())).Add(swf::ShowFrame());
+    inner.Add(swf::RemoveObject2(1)).Add(swf::PlaceObject(2, 1, swf::Matrix())).Add(swf::ShowFrame());
+    m.tags.Add(host::BoxShape(1, 0, 0, 200, 200, host::Color(255, 0, 0)))
+        .Add(host::BoxShape(2, 0, 0, 200, 200, host::Color(0, 255, 0)))
+        .Add(swf::DefineSprite(3, inner))
+        .Add(swf::PlaceObject(3, 1, swf::Matrix()))
+        .Add(swf::ShowFrame());
+    Engine e(m.Build());
+    host::Pixels px(10, 10);
+    std::vector<uint32_t> seen;
+    for (int i = 0; i < 3; ++i) {
+        EXPECT_EQ(zelEngineForward(e.get(), 1, 10, 10, 1), 1);
+        zelEnginePlay(e.get(), px.get(), 0, 0, 10, 10, 0);
+        seen.push_back(px.at(5, 5));
+    }
+    EXPECT_EQ(seen, (std::vector<uint32_t>{0xFFFF0000u, 0xFF00FF00u, 0xFFFF0000u}));
+}
+
+}  // namespace

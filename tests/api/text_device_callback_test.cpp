@@ -142,7 +142,8 @@ TEST(TextDeviceCallback, RecordsUnderEveryView) {
     };
     for (const Case& c : cases) {
         SCOPED_TRACE(c.what);
-        const auto sent = Play(Scene(200, 100, {HostFont(), swf::DefineEditText(HostField())}, 2, At(400, 200)), c.view);
+        const swf::Bytes movie = Scene(200, 100, {HostFont(), swf::DefineEditText(HostField())}, 2, At(400, 200));
+        const auto sent = Play(movie, c.view);
         ASSERT_EQ(sent.size(), 2u);
         ExpectBorder(sent[0], c.box, c.box);
         ExpectText(sent[1], "AB", c.size, c.box, c.box);

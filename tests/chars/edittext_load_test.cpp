@@ -27,9 +27,9 @@ Loaded LoadEdit(const swf::EditText& def) {
     return out;
 }
 
-Loaded LoadHtml(const std::string& html) {
+Loaded LoadHtml(const std::string& html, bool htmlFlag = true) {
     swf::EditText def;
-    def.flags = swf::kEditHtml;
+    def.flags = htmlFlag ? swf::kEditHtml : 0;
     def.text = html;
     return LoadEdit(def);
 }
@@ -82,20 +82,12 @@ TEST(EditTextLoad, WithoutFlagsOnlyBoundsAndNameAreRead) {
     EXPECT_EQ(edit.password + edit.wordWrap + edit.border, 0);
 }
 
-TEST(EditTextLoad, PlainTextKeepsMarkupAndEntities) {
-    swf::EditText def;
-    def.text = "<b>a &amp; b</b>";
-    const Loaded l = LoadEdit(def);
-    EXPECT_EQ(l.result, 1);
-    EXPECT_EQ(l.text, "<b>a &amp; b</b>");
-    EXPECT_EQ(l.textLength, 16);
-}
-
 TEST(EditTextLoad, HtmlIsReducedToLinesAndEntitiesConverted) {
     struct Case {
         const char* html;
         const char* text;  // nullptr: the field ends up with no text
         int textLength;
+        bool htmlFlag = true;
     } cases[] = {
         {"<p>Hi</p>", "Hi", 3},
         {"<b>x &amp; y</b>", "x & y", 10},
@@ -119,10 +111,12 @@ TEST(EditTextLoad, HtmlIsReducedToLinesAndEntitiesConverted) {
         {"<p>a>b</p>", "a>", 3},
         // Bytes are bytes: invalid UTF-8 passes through untouched.
         {"<p>\xff\xfe\xc3</p>", "\xff\xfe\xc3", 4},
+        // Without the HTML flag the text is kept as it is.
+        {"<b>a &amp; b</b>", "<b>a &amp; b</b>", 16, false},
     };
     for (const Case& c : cases) {
         SCOPED_TRACE(c.html);
-        const Loaded l = LoadHtml(c.html);
+        const Loaded l = LoadHtml(c.html, c.htmlFlag);
         EXPECT_EQ(l.result, 1);
         EXPECT_EQ(l.text, c.text ? c.text : "<null>");
         EXPECT_EQ(l.textLength, c.textLength);

@@ -102,22 +102,6 @@ TEST(FontHostile, HugeGlyphCountInATinyTagStaysInTheTag) {
         ASSERT_LE(font.glyphs[i]->records + font.glyphs[i]->recordsLength, tagEnd) << i;
 }
 
-TEST(FontHostile, DeclaredLengthPastTheMovieIsSafe) {
-    const swf::Bytes font2 = swf::DefineFont2(FullFont2(0x80));
-    const swf::Bytes body = swf::TagBody(font2);
-    const swf::Bytes tags[] = {
-        swf::TagWithLength(swf::kDefineFont2, body, 100000),
-        swf::TagWithLength(swf::kDefineFont, swf::TagBody(swf::DefineFont(1, {swf::SquareGlyph()})), 0xFFFFFF),
-    };
-    for (const swf::Bytes& tag : tags) {
-        DictionaryFixture f({{1, tag}});
-        BFont font;
-        font.LoadSWFFile(f.Tag(0), &f.dict);
-        for (uint32_t i = 0; i < font.glyphCount; ++i) EXPECT_EQ(font.glyphs[i]->limit, f.dict.movieEnd);
-        font.HasGlyph("abc");
-    }
-}
-
 TEST(FontHostile, Font2OffsetTableCannotLeadOutsideTheTag) {
     swf::Font2 def = FullFont2(0x08);
     swf::Bytes tag = swf::DefineFont2(def);

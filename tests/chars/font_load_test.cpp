@@ -100,15 +100,6 @@ TEST(FontLoad, DescendingOffsetsAreMeasuredByScanning) {
     }
 }
 
-TEST(FontLoad, GlyphLengthIsThePointerPastTheGlyphRecords) {
-    DictionaryFixture f({{1, swf::DefineFont(1, ThreeGlyphs())}});
-    const auto glyphs = ThreeGlyphs();
-    unsigned char* first = f.Tag(0) + swf::TagHeaderSize(f.Tag(0)) + 2 + 6;
-    EXPECT_EQ(BFont::GetGlyphLenth(first, &f.dict), first + GlyphSize(glyphs[0]));
-    unsigned char* last = first + GlyphSize(glyphs[0]) + GlyphSize(glyphs[1]);
-    EXPECT_EQ(BFont::GetGlyphLenth(last, &f.dict), last + GlyphSize(glyphs[2]));
-}
-
 TEST(FontLoad, FontInfoDirectlyAfterTheFontGivesCodesNameAndStyle) {
     struct Case {
         uint8_t flags;
@@ -121,7 +112,8 @@ TEST(FontLoad, FontInfoDirectlyAfterTheFontGivesCodesNameAndStyle) {
     };
     for (const Case& c : cases) {
         SCOPED_TRACE(static_cast<int>(c.flags));
-        DictionaryFixture f({{1, swf::DefineFont(1, ThreeGlyphs())}, {900, swf::DefineFontInfo(1, "Serif", c.flags, c.codes)}});
+        DictionaryFixture f(
+            {{1, swf::DefineFont(1, ThreeGlyphs())}, {900, swf::DefineFontInfo(1, "Serif", c.flags, c.codes)}});
         BFont font;
         ASSERT_EQ(Load(font, f), 1);
         ASSERT_NE(font.codes, nullptr);

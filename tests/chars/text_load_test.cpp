@@ -197,31 +197,4 @@ TEST(TextLoad, ManyShortRecordsLoadInLinearTime) {
     EXPECT_LT(seconds, 5.0);
 }
 
-TEST(TextStyles, GlyphsBorrowTwoPensAndTheTextFill) {
-    GPointPoolArray<void> brushes(10);
-    GDataArray<_GSWFPEN> pens(10);
-    _GSWFSOLIDBRUSH* brush = nullptr;
-    BText::InitPenAndBrush(brushes, pens, brush);
-    ASSERT_NE(brush, nullptr);
-    ASSERT_EQ(brushes.count, 2);
-    ASSERT_EQ(pens.count, 2);
-    EXPECT_EQ(brushes[0], nullptr);
-    EXPECT_EQ(brushes[1], brush);
-    EXPECT_EQ(brush->type, 1);
-    EXPECT_EQ(brush->color.alpha, 0);
-    EXPECT_EQ(pens[1].width, 0.0);
-
-    _GSHAPE glyph;
-    _GSHAPE* g = &glyph;
-    BText::InitShape(g, brushes, pens);
-    ASSERT_EQ(glyph.brushes.count, 2);
-    ASSERT_EQ(glyph.pens.count, 2);
-    EXPECT_EQ(glyph.brushes[1], brush);
-    // Handing the storage back leaves the shared fill with the text.
-    glyph.brushes.data = nullptr;
-    glyph.brushes.count = glyph.brushes.capacity = 0;
-    glyph.pens.data = nullptr;
-    glyph.pens.count = glyph.pens.capacity = 0;
-}
-
 }  // namespace
