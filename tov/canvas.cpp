@@ -61,8 +61,8 @@ void tovSetClipBox(tovCanvas *c, int left, int top, int right, int bottom)
     c->clip = b;
 }
 
-// Every edge is cut to the clip box before it reaches the scan converter, so
-// no per-pixel clip test exists to be skipped: the promise is simply noted.
+// Scan conversion never makes cells outside the clip box, so no per-pixel
+// clip test exists to be skipped: the promise is simply noted.
 void tovSetClipFlag(tovCanvas *, int) {}
 
 void tovClear(tovCanvas *c, const tovColor *color)

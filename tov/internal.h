@@ -91,24 +91,20 @@ private:
     size_t capacity_ = 0;
 };
 
-// One straight edge for scan conversion. A style's winding weight for the edge
-// is [left == style] - [right == style]; strokes store the pen as `left`.
-struct Edge {
-    float x0, y0, x1, y1;
-    int32_t left, right;
-};
+// Coordinates of edges are fixed point with this many fraction bits. Every
+// point is rounded to this grid once, the same way whatever the clip box, and
+// scan conversion then works in integers only: that is what makes the pixels
+// inside a clip box independent of the box (a dirty box repainted alone comes
+// out bit for bit like the same area of a full redraw).
+constexpr int kFixedShift = 8;
+constexpr int32_t kFixedOne = 1 << kFixedShift;
 
-// The edges of one pass. Pieces right of the clip box are dropped; the flag
-// remembers that some were, since the coverage left of them then runs on to
-// the clip box's right side.
-struct EdgeList {
-    Array<Edge> edges;
-    bool reachesRight = false;
-    void clear()
-    {
-        edges.clear();
-        reachesRight = false;
-    }
+// One straight edge for scan conversion, in fixed point. A style's winding
+// weight for the edge is [left == style] - [right == style]; strokes store
+// the pen as `left`.
+struct Edge {
+    int32_t x0, y0, x1, y1;
+    int32_t left, right;
 };
 
 // A vertex of a stroked polyline; `start` marks the first vertex of one.
@@ -123,11 +119,11 @@ struct Point {
     double x, y;
 };
 
-// One fill style or pen of a path set, the bounds of its edges and where
-// its edges are listed.
+// One fill style or pen of a path set, the bounds of its edges (fixed
+// point) and where its edges are listed.
 struct StyleInfo {
     int32_t index;
-    float minX, minY, maxX, maxY;
+    int32_t minX, minY, maxX, maxY;
     uint32_t first, count;
 };
 
@@ -202,13 +198,13 @@ struct tovCanvas {
     bool curValid;
     int fill0, fill1, pen;
     bool strokeOpen;
-    tov::EdgeList fillEdges;
+    tov::Array<tov::Edge> fillEdges;
     tov::Array<tov::StrokePoint> strokePoints;
     tov::Array<tovObject *> brushes;
     tov::Array<tovObject *> pens;
 
     // Scan conversion scratch.
-    tov::EdgeList strokeEdges;
+    tov::Array<tov::Edge> strokeEdges;
     tov::Array<tov::Point> strokeVerts;
     tov::Array<uint32_t> cells;
     tov::Array<int32_t> rowMin, rowMax;
@@ -280,11 +276,10 @@ void addToBuilder(tovCanvas *c, Mask *m, int y, int x, int n, uint8_t *cov);
 void releaseMasks(tovCanvas *c);
 
 // path.cpp
-// Appends a straight edge cut to the clip box: parts above or below are
-// dropped, parts right of it too, parts left of it are moved onto its left
-// side where they still carry their winding.
-void addClippedEdge(tovCanvas *c, EdgeList &out, double x0, double y0, double x1, double y1,
-                    int32_t left, int32_t right);
+// Appends a straight edge, its ends rounded to the fixed-point grid; edges
+// that are horizontal on that grid carry no coverage and are dropped. The
+// clip box plays no part: cells outside it are skipped by scan conversion.
+void addEdge(Array<Edge> &out, double x0, double y0, double x1, double y1, int32_t left, int32_t right);
 
 // stroke.cpp
 // Turns the recorded polylines of pens that draw into closed outlines.

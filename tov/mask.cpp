@@ -36,7 +36,8 @@ Mask *takeMask(tovCanvas *c, const Box &box)
         c->maskPool.push(m);
         return nullptr;
     }
-    std::memset(m->alpha.data(), 0, area);
+    if (area)
+        std::memset(m->alpha.data(), 0, area);
     m->box = box.empty() ? Box{0, 0, 0, 0} : box;
     m->baseDepth = c->maskDepth;
     return m;

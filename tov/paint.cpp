@@ -99,23 +99,25 @@ void brushColors(const tovObject *brush, int y, int x, int n, uint32_t *out)
             out[i] = brush->color;
         return;
     }
-    // Positions are computed in float: the table has only 256 entries.
+    // Each pixel's position is computed from its own coordinates rather than
+    // stepped along the run, so it does not depend on where the run starts
+    // (that is, on the clip box). The table has only 256 entries: the
+    // distance of the radial case is taken in float.
     const double *m = brush->inverse;
-    double px = x + 0.5, py = y + 0.5;
-    double ux = m[0] * px + m[1] * py + m[2];
-    double uy = m[3] * px + m[4] * py + m[5];
+    double py = y + 0.5;
     if (brush->kind == kLinear) {
         // t = (u.x + 819.2) / 1638.4, table position t * 255.
         const double k = 255.0 / (2 * kGradientHalf);
-        float start = float((ux + kGradientHalf) * k), step = float(m[0] * k);
+        double base = (m[1] * py + m[2] + kGradientHalf) * k, step = m[0] * k;
         for (int i = 0; i < n; ++i)
-            out[i] = brush->table[tablePosition(start + step * float(i))];
+            out[i] = brush->table[tablePosition(float(base + step * (double(x + i) + 0.5)))];
     } else {
         // t = |u| / 819.2.
         const float k = float(255.0 / kGradientHalf);
-        float fx = float(ux), fy = float(uy), sx = float(m[0]), sy = float(m[3]);
+        double bx = m[1] * py + m[2], by = m[4] * py + m[5];
         for (int i = 0; i < n; ++i) {
-            float gx = fx + sx * float(i), gy = fy + sy * float(i);
+            double px = double(x + i) + 0.5;
+            float gx = float(bx + m[0] * px), gy = float(by + m[3] * px);
             out[i] = brush->table[tablePosition(std::sqrt(gx * gx + gy * gy) * k)];
         }
     }

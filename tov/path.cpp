@@ -1,6 +1,6 @@
 // path.cpp: recording a path set. Lines and flattened quadratic curves become
-// fill edges cut to the clip box (so a huge shape costs no more than its
-// visible part) and stroke polylines; hostile coordinates are tamed here.
+// fixed-point fill edges and stroke polylines, all independent of the clip
+// box so that any box shows the same pixels; hostile coordinates are tamed.
 #include "tov/internal.h"
 
 #include <cmath>
@@ -12,9 +12,13 @@ namespace {
 // Most segments one curve is cut into; only absurd curves reach it.
 constexpr int kMaxCurveSegments = 1024;
 
-void pushEdge(EdgeList &out, double x0, double y0, double x1, double y1, int32_t left, int32_t right)
+// Rounds to the fixed-point grid. Stroke outlines may reach a pen radius
+// beyond the coordinate limit, so the clamp is repeated here (NaN lands on
+// the lower limit); the result stays within +-2^30.
+int32_t toFixed(double v)
 {
-    out.edges.push(Edge{float(x0), float(y0), float(x1), float(y1), left, right});
+    v = v > -kCoordLimit ? (v < kCoordLimit ? v : kCoordLimit) : -kCoordLimit;
+    return int32_t(std::floor(v * kFixedOne + 0.5));
 }
 
 void addStrokeSegment(tovCanvas *c, double x0, double y0, double x1, double y1)
@@ -29,21 +33,9 @@ void addStrokeSegment(tovCanvas *c, double x0, double y0, double x1, double y1)
 void addSegment(tovCanvas *c, double x0, double y0, double x1, double y1)
 {
     if (c->fill0 != c->fill1)
-        addClippedEdge(c, c->fillEdges, x0, y0, x1, y1, c->fill0, c->fill1);
+        addEdge(c->fillEdges, x0, y0, x1, y1, c->fill0, c->fill1);
     if (c->pen != 0)
         addStrokeSegment(c, x0, y0, x1, y1);
-}
-
-inline double min3(double a, double b, double c)
-{
-    double m = a < b ? a : b;
-    return m < c ? m : c;
-}
-
-inline double max3(double a, double b, double c)
-{
-    double m = a > b ? a : b;
-    return m > c ? m : c;
 }
 
 // Reads a point; false (and the pen position forgotten) when it is NaN.
@@ -63,71 +55,11 @@ bool takePoint(tovCanvas *c, double &x, double &y)
 
 namespace tov {
 
-void addClippedEdge(tovCanvas *c, EdgeList &out, double x0, double y0, double x1, double y1,
-                    int32_t left, int32_t right)
+void addEdge(Array<Edge> &out, double x0, double y0, double x1, double y1, int32_t left, int32_t right)
 {
-    const Box &b = c->clip;
-    if (y0 == y1 || b.empty())
-        return;
-    double top = b.top, bottom = b.bottom, l = b.left, r = b.right;
-    if (y0 >= top && y1 >= top && y0 <= bottom && y1 <= bottom && x0 >= l && x1 >= l && x0 <= r && x1 <= r) {
-        pushEdge(out, x0, y0, x1, y1, left, right);
-        return;
-    }
-    if ((y0 <= top && y1 <= top) || (y0 >= bottom && y1 >= bottom))
-        return;
-    double dxdy = (x1 - x0) / (y1 - y0);
-    if (y0 < top)
-        x0 += (top - y0) * dxdy, y0 = top;
-    if (y1 < top)
-        x1 += (top - y1) * dxdy, y1 = top;
-    if (y0 > bottom)
-        x0 += (bottom - y0) * dxdy, y0 = bottom;
-    if (y1 > bottom)
-        x1 += (bottom - y1) * dxdy, y1 = bottom;
-    if (x0 >= r && x1 >= r) {
-        out.reachesRight = true;
-        return;
-    }
-    if (x0 <= l && x1 <= l) {
-        pushEdge(out, l, y0, l, y1, left, right);
-        return;
-    }
-    // Split where the edge crosses the left and right sides: a piece left of
-    // the box keeps its winding as a vertical edge on the left side, a piece
-    // right of it changes no pixel inside and is dropped.
-    double ts[4];
-    int nt = 0;
-    ts[nt++] = 0.0;
-    double tl = (x0 - l) * (x1 - l) < 0 ? (l - x0) / (x1 - x0) : -1.0;
-    double tr = (x0 - r) * (x1 - r) < 0 ? (r - x0) / (x1 - x0) : -1.0;
-    if (tl > 0.0 && tr > 0.0) {
-        ts[nt++] = std::fmin(tl, tr);
-        ts[nt++] = std::fmax(tl, tr);
-    } else if (tl > 0.0 || tr > 0.0) {
-        ts[nt++] = std::fmax(tl, tr);
-    }
-    ts[nt++] = 1.0;
-    double dx = x1 - x0, dy = y1 - y0;
-    for (int i = 0; i + 1 < nt; ++i) {
-        double ta = ts[i], tb = ts[i + 1];
-        if (tb <= ta)
-            continue;
-        double xa = x0 + dx * ta, ya = y0 + dy * ta;
-        double xb = tb == 1.0 ? x1 : x0 + dx * tb, yb = tb == 1.0 ? y1 : y0 + dy * tb;
-        double mid = (xa + xb) * 0.5;
-        if (mid >= r) {
-            out.reachesRight = true;
-            continue;
-        }
-        if (mid <= l) {
-            pushEdge(out, l, ya, l, yb, left, right);
-            continue;
-        }
-        xa = xa < l ? l : (xa > r ? r : xa);
-        xb = xb < l ? l : (xb > r ? r : xb);
-        pushEdge(out, xa, ya, xb, yb, left, right);
-    }
+    Edge e{toFixed(x0), toFixed(y0), toFixed(x1), toFixed(y1), left, right};
+    if (e.y0 != e.y1)
+        out.push(e);
 }
 
 } // namespace tov
@@ -189,28 +121,14 @@ void tovCurveTo(tovCanvas *c, double cx, double cy, double x, double y)
     double ax = x0 - 2 * cx + x, ay = y0 - 2 * cy + y;
     double bend = std::sqrt(ax * ax + ay * ay);
     bool fill = c->fill0 != c->fill1;
-    // The curve lies within the hull of its three points.
-    const Box &b = c->clip;
-    double minX = min3(x0, cx, x), maxX = max3(x0, cx, x);
-    double minY = min3(y0, cy, y), maxY = max3(y0, cy, y);
-    if (fill) {
-        // A curve wholly above, below or right of the clip box changes no
-        // pixel; one wholly left of it only carries its winding.
-        if (maxY <= b.top || minY >= b.bottom || minX >= b.right) {
-            fill = false;
-        } else if (maxX <= b.left) {
-            addClippedEdge(c, c->fillEdges, x0, y0, x, y, c->fill0, c->fill1);
-            fill = false;
-        }
-    }
     if (!fill && c->pen == 0)
         return;
+    // Curves are flattened the same way whatever the clip box: a chord that
+    // depended on the box would move the coverage of pixels inside it.
     // Nearly straight curves stay one chord: their lost area is negligible.
     double steps = bend < 0.05 ? 1.0 : std::ceil(0.5 + std::sqrt(0.25 + bend / (6 * kTolerance)));
     int n = steps < 1 ? 1 : (steps > kMaxCurveSegments ? kMaxCurveSegments : int(steps));
     double shift = n > 1 ? 1.0 / (6.0 * n * (n - 1)) : 0.0;
-    // Curves inside the clip box (the usual case) skip the per-chord cut.
-    bool inside = fill && minX >= b.left && maxX <= b.right && minY >= b.top && maxY <= b.bottom;
     double px = x0, py = y0;
     double bx = 2 * (cx - x0), by = 2 * (cy - y0);
     double dt = 1.0 / n;
@@ -218,12 +136,8 @@ void tovCurveTo(tovCanvas *c, double cx, double cy, double x, double y)
         double t = i * dt;
         double qx = i == n ? x : x0 + t * (bx + t * ax) - ax * shift;
         double qy = i == n ? y : y0 + t * (by + t * ay) - ay * shift;
-        if (inside) {
-            if (py != qy)
-                pushEdge(c->fillEdges, px, py, qx, qy, c->fill0, c->fill1);
-        } else if (fill) {
-            addClippedEdge(c, c->fillEdges, px, py, qx, qy, c->fill0, c->fill1);
-        }
+        if (fill)
+            addEdge(c->fillEdges, px, py, qx, qy, c->fill0, c->fill1);
         if (c->pen != 0)
             addStrokeSegment(c, px, py, qx, qy);
         px = qx, py = qy;

@@ -3,24 +3,29 @@
 // sweeps in each pixel and the cover it passes to the pixels on its right; a
 // running sum along each row then gives every pixel's winding area, whose
 // magnitude clamped to one is its coverage (the non-zero rule, per style).
+// All of it is integer arithmetic on fixed-point edges, computed for each row
+// and cell from the edge's own ends, so what a pixel gets never depends on
+// which other pixels the clip box lets through.
 #include "tov/internal.h"
 
-#include <cmath>
 #include <initializer_list>
 
 using namespace tov;
 
 namespace {
 
-// Cell values are fixed point: one pixel of area or cover is 255 << 8, so a
-// coverage byte is the rounded top byte of a sum. Sums
-// are kept in unsigned arithmetic so that absurd overlaps wrap instead of
-// overflowing; well-formed shapes stay far inside the range.
-constexpr uint32_t kFull = 255u << 8;
-constexpr float kOne = float(kFull);
+constexpr int64_t kOne = kFixedOne;
+// A piece of edge of height h (fixed point) adds 2 kOne h to its cells in
+// all, so a pixel's full area is 2 kOne^2 = 2^17. Sums are kept in unsigned
+// arithmetic so that absurd overlaps wrap instead of overflowing; well-formed
+// shapes stay far inside the range.
+constexpr int kFullShift = 2 * kFixedShift + 1;
+constexpr uint32_t kFull = 1u << kFullShift;
 
-// The grid of cells of one band of rows, with the span of columns each row
-// has been written in, so the sweep reads only those.
+// The grid of cells of one band of rows for one style, with the span of
+// columns each row has been written in, so the sweep reads only those.
+// Column 0 is the clip box's left side or right of it: cells further left
+// are folded into it. Cells at or right of `cols` are dropped.
 struct Grid {
     uint32_t *cells;
     size_t stride;
@@ -28,93 +33,134 @@ struct Grid {
     int32_t *rowMin, *rowMax;
 };
 
-// Rounds to the nearest integer (|v| < 2^22): adding 1.5 * 2^23 leaves the
-// rounded value in the low bits of the float's mantissa.
-inline int32_t fixedRound(float v)
+// Floor of a / b for b > 0.
+inline int64_t floorDiv(int64_t a, int64_t b)
 {
-    float t = v + 12582912.0f;
-    int32_t bits;
-    std::memcpy(&bits, &t, sizeof bits);
-    return bits - 0x4B400000;
+    int64_t q = a / b;
+    return q - (a % b < 0 ? 1 : 0);
 }
 
-inline void addCell(uint32_t *row, int i, float h, float f)
+inline void touch(Grid &g, int r, int64_t lo, int64_t hi)
 {
-    // The two parts are rounded so that they add up to exactly round(h):
-    // every pixel further right then receives the edge's whole cover.
-    int32_t total = fixedRound(h * kOne);
-    int32_t right = fixedRound(h * f * kOne);
-    row[i] += uint32_t(total - right);
-    row[i + 1] += uint32_t(right);
+    if (lo < g.rowMin[r])
+        g.rowMin[r] = int32_t(lo);
+    if (hi > g.rowMax[r])
+        g.rowMax[r] = int32_t(hi);
 }
 
-// Adds a piece of edge lying within one row of cells, from x = xa to xb (in
-// cell units, 0 <= x <= cols) with signed height d. Within a cell crossed
-// from a to b with height h, the part of the pixel right of the edge is
-// h * (1 - ((a + b) / 2 - cell)); the rest of h goes to the next cell, so
-// the running sum passes the full h on to every pixel further right.
-inline void addRowPiece(Grid &g, int r, float xa, float xb, float d)
+// Adds the piece of an edge lying within row r, from x = xa to xb (fixed
+// point relative to the grid), of height h (0 < h <= kOne) and weight w. In
+// a cell entered at x fraction fa and left at fb with height hk, the part of
+// the pixel right of the edge is hk (2 kOne - fa - fb) / (2 kOne) of it; the
+// rest, hk (fa + fb), goes to the next cell so that the running sum passes
+// the piece's whole cover on to every pixel further right.
+void addPiece(Grid &g, int r, int64_t xa, int64_t xb, int64_t h, int32_t w)
 {
-    if (xa > xb) {
-        float t = xa;
-        xa = xb;
-        xb = t;
-    }
+    int64_t xl = xa < xb ? xa : xb, xr = xa < xb ? xb : xa;
+    int64_t end = int64_t(g.cols) << kFixedShift;
+    if (xl >= end)
+        return;
     uint32_t *row = g.cells + size_t(r) * g.stride;
-    int i = int(xa), j = int(xb);
-    if (i == j || (j == i + 1 && xb == float(j))) {
-        addCell(row, i, d, (xa + xb) * 0.5f - float(i));
-        j = i;
-    } else {
-        float perX = d / (xb - xa);
-        float part = float(i + 1) - xa;
-        addCell(row, i, perX * part, 1.0f - part * 0.5f);
-        for (int k = i + 1; k < j; ++k)
-            addCell(row, k, perX, 0.5f);
-        part = xb - float(j);
-        if (part > 0.0f)
-            addCell(row, j, perX * part, part * 0.5f);
+    if (xr <= 0) {
+        // Wholly left of the grid: only its cover matters.
+        row[0] += uint32_t(int32_t(2 * kOne * h) * w);
+        touch(g, r, 0, 0);
+        return;
     }
-    if (i < g.rowMin[r])
-        g.rowMin[r] = i;
-    if (j + 1 > g.rowMax[r])
-        g.rowMax[r] = j + 1;
+    int64_t i = xl >> kFixedShift;       // first cell
+    // Last cell: a slanted piece ending on a cell's side ends in the cell
+    // before it (a vertical one on a side lies in the cell right of it).
+    int64_t j = xr > xl ? (xr - 1) >> kFixedShift : i;
+    int64_t last = j < g.cols - 1 ? j : g.cols - 1;
+    if (i == j) {
+        int64_t f = xa + xb - 2 * (i << kFixedShift);
+        row[i] += uint32_t(int32_t(h * (2 * kOne - f)) * w);
+        if (i + 1 < g.cols)
+            row[i + 1] += uint32_t(int32_t(h * f) * w);
+        touch(g, r, i, last + 1 < g.cols ? last + 1 : last);
+        return;
+    }
+    // The height used up from the left end to a cell side at x is
+    // (x - xl) h / dx rounded to nearest, stepped exactly from side to side,
+    // so every cell gets the same share whichever cell the walk starts from.
+    int64_t dx = xr - xl, half = dx / 2;
+    int64_t k = i, used = 0;
+    if (i < 0) {
+        // The cells left of the grid give their whole cover to column 0.
+        used = ((-xl) * h + half) / dx;
+        row[0] += uint32_t(int32_t(2 * kOne * used) * w);
+        k = 0;
+    }
+    int64_t num = (((k + 1) << kFixedShift) - xl) * h + half;
+    int64_t t = num / dx, rem = num % dx;
+    int64_t stepQ = kOne * h / dx, stepR = kOne * h % dx;
+    for (; k <= last; ++k) {
+        int64_t side = k << kFixedShift;
+        int64_t fa = xl > side ? xl - side : 0;
+        int64_t fb = k == j ? xr - side : kOne;
+        int64_t upTo = k == j ? h : t;
+        int64_t hk = upTo - used;
+        row[k] += uint32_t(int32_t(hk * (2 * kOne - fa - fb)) * w);
+        if (k + 1 < g.cols)
+            row[k + 1] += uint32_t(int32_t(hk * (fa + fb)) * w);
+        used = upTo;
+        t += stepQ, rem += stepR;
+        if (rem >= dx)
+            ++t, rem -= dx;
+    }
+    touch(g, r, i < 0 ? 0 : i, last + 1 < g.cols ? last + 1 : last);
 }
 
-// Adds one edge (coordinates relative to the grid) with winding weight w.
-void accumulate(Grid &g, float x0, float y0, float x1, float y1, float w)
+// Adds one edge (fixed point relative to the grid) with winding weight w.
+// Rows outside the grid are skipped arithmetically: the x where the edge
+// crosses a row's top is the exact value rounded to nearest, computed from
+// the edge's ends (the products stay below 2^63 since coordinates stay
+// within +-2^30), so a row's piece is the same whichever row the walk starts
+// from.
+void accumulate(Grid &g, int64_t x0, int64_t y0, int64_t x1, int64_t y1, int32_t w)
 {
     if (y0 == y1)
         return;
     if (y0 > y1) {
-        float t = x0;
+        int64_t t = x0;
         x0 = x1, x1 = t;
         t = y0;
         y0 = y1, y1 = t;
         w = -w;
     }
-    float rows = float(g.rows);
-    if (y1 <= 0.0f || y0 >= rows)
+    int64_t bottom = int64_t(g.rows) << kFixedShift;
+    if (y1 <= 0 || y0 >= bottom || (x0 < x1 ? x0 : x1) >= int64_t(g.cols) << kFixedShift)
         return;
-    float dxdy = (x1 - x0) / (y1 - y0);
-    float top = y0 < 0.0f ? 0.0f : y0;
-    float bottom = y1 > rows ? rows : y1;
-    float fc = float(g.cols);
-    int r0 = int(top), r1 = int(bottom);
-    r1 += float(r1) < bottom;
-    if (r1 > g.rows)
-        r1 = g.rows;
-    // Each row's piece starts where the previous one ended.
-    float ya = top;
-    float xa = x0 + (top - y0) * dxdy;
-    xa = xa > 0.0f ? (xa < fc ? xa : fc) : 0.0f; // written so that NaN lands on 0
-    for (int r = r0; r < r1; ++r) {
-        float yb = float(r + 1) < bottom ? float(r + 1) : bottom;
-        float xb = x0 + (yb - y0) * dxdy;
-        xb = xb > 0.0f ? (xb < fc ? xb : fc) : 0.0f;
-        if (yb > ya)
-            addRowPiece(g, r, xa, xb, (yb - ya) * w);
+    int r = y0 > 0 ? int(y0 >> kFixedShift) : 0;
+    int rEnd = y1 < bottom ? int((y1 + kOne - 1) >> kFixedShift) : g.rows;
+    int64_t ya = y0 > (int64_t(r) << kFixedShift) ? y0 : int64_t(r) << kFixedShift;
+    if ((x0 > x1 ? x0 : x1) <= 0) {
+        // Wholly left of the grid: each row's piece gives column 0 its cover.
+        for (; r < rEnd; ++r) {
+            int64_t yb = int64_t(r + 1) << kFixedShift;
+            yb = yb < y1 ? yb : y1;
+            g.cells[size_t(r) * g.stride] += uint32_t(int32_t(2 * kOne * (yb - ya)) * w);
+            touch(g, r, 0, 0);
+            ya = yb;
+        }
+        return;
+    }
+    int64_t dx = x1 - x0, dy = y1 - y0, half = dy / 2;
+    int64_t xa = x0 + floorDiv((ya - y0) * dx + half, dy);
+    int64_t num = ((int64_t(r + 1) << kFixedShift) - y0) * dx + half;
+    int64_t xNext = x0 + floorDiv(num, dy);
+    int64_t rem = num - (xNext - x0) * dy;
+    int64_t stepQ = floorDiv(kOne * dx, dy), stepR = kOne * dx - stepQ * dy;
+    for (; r < rEnd; ++r) {
+        int64_t yb = int64_t(r + 1) << kFixedShift;
+        int64_t xb = xNext;
+        if (yb >= y1)
+            yb = y1, xb = x1;
+        addPiece(g, r, xa, xb, yb - ya, w);
         xa = xb, ya = yb;
+        xNext += stepQ, rem += stepR;
+        if (rem >= dy)
+            ++xNext, rem -= dy;
     }
 }
 
@@ -126,9 +172,9 @@ inline uint32_t magnitude(uint32_t sum)
     return a < kFull ? a : kFull;
 }
 
-inline uint8_t toByte(uint32_t sum) { return uint8_t((magnitude(sum) + 128u) >> 8); }
+inline uint8_t toByte(uint32_t sum) { return uint8_t((magnitude(sum) * 255u + kFull / 2) >> kFullShift); }
 
-inline float toUnit(uint32_t sum) { return float(magnitude(sum)) * (1.0f / kOne); }
+inline float toUnit(uint32_t sum) { return float(magnitude(sum)) * (1.0f / float(kFull)); }
 
 // Grows a scratch array that is kept all zero between uses.
 template <class T>
@@ -149,7 +195,7 @@ enum class Sink { Paint, Layer, Mask };
 // indices) or its strokes (styles are pen indices).
 struct Pass {
     tovCanvas *c;
-    const EdgeList &list;
+    const Array<Edge> &list;
     const Array<tovObject *> &objects;
     bool strokes;
     Mask *builder; // non-null: everything goes into this mask, colours ignored
@@ -164,22 +210,26 @@ struct Pass {
         // Bitmap fills paint nothing but still shape a mask.
         return k == kSolid || k == kLinear || k == kRadial || (builder && k == kInvisible);
     }
-    const Array<Edge> &edges() const { return list.edges; }
+    const Array<Edge> &edges() const { return list; }
     bool listStyleEdges();
     void run();
     void scanStyle(const StyleInfo &st, const Box &area, int bandTop, int bandBottom, Sink sink, float *layer);
 };
 
-inline float minf(float a, float b) { return b < a ? b : a; }
-inline float maxf(float a, float b) { return b > a ? b : a; }
+inline int32_t mini(int32_t a, int32_t b) { return b < a ? b : a; }
+inline int32_t maxi(int32_t a, int32_t b) { return b > a ? b : a; }
 
 void widen(StyleInfo &s, const Edge &e)
 {
-    s.minX = minf(s.minX, minf(e.x0, e.x1));
-    s.maxX = maxf(s.maxX, maxf(e.x0, e.x1));
-    s.minY = minf(s.minY, minf(e.y0, e.y1));
-    s.maxY = maxf(s.maxY, maxf(e.y0, e.y1));
+    s.minX = mini(s.minX, mini(e.x0, e.x1));
+    s.maxX = maxi(s.maxX, maxi(e.x0, e.x1));
+    s.minY = mini(s.minY, mini(e.y0, e.y1));
+    s.maxY = maxi(s.maxY, maxi(e.y0, e.y1));
 }
+
+// Pixel rows and columns a fixed-point span touches.
+inline int pixelFloor(int32_t v) { return v >> kFixedShift; }
+inline int pixelCeil(int32_t v) { return int((int64_t(v) + kOne - 1) >> kFixedShift); }
 
 // A solid colour drawn into the native format with no mask open is blended
 // straight from the running sum, without a coverage row in between.
@@ -225,18 +275,26 @@ uint32_t sweepSolid(uint32_t *row, uint32_t *dst, int from, int to, uint32_t sum
 void Pass::scanStyle(const StyleInfo &st, const Box &area, int bandTop, int bandBottom, Sink sink,
                      float *layer)
 {
-    int y0 = int(std::floor(st.minY)), y1 = int(std::ceil(st.maxY));
+    int y0 = pixelFloor(st.minY), y1 = pixelCeil(st.maxY);
     y0 = y0 > bandTop ? y0 : bandTop;
     y1 = y1 < bandBottom ? y1 : bandBottom;
-    if (y0 >= y1)
-        return;
+    // A row whose winding does not return to zero (an edge soup left open,
+    // or a shape going on past the clip box's right side) keeps its coverage
+    // up to the right of the style's bounds, which count every edge of the
+    // style wherever it lies, so the result does not depend on the clip box.
     int cols = area.right - area.left;
-    Grid g{c->cells.data(), size_t(cols) + 2, bandBottom - bandTop, cols, c->rowMin.data(), c->rowMax.data()};
+    int styleEnd = pixelFloor(st.maxX) + 1 - area.left;
+    styleEnd = styleEnd < cols ? styleEnd : cols;
+    if (y0 >= y1 || styleEnd <= 0)
+        return;
+    Grid g{c->cells.data(), size_t(cols) + 2, bandBottom - bandTop, styleEnd, c->rowMin.data(),
+           c->rowMax.data()};
     for (int r = y0 - bandTop; r < y1 - bandTop; ++r)
         g.rowMin[r] = INT32_MAX, g.rowMax[r] = -1;
     const uint8_t *sel = c->selected.data();
     size_t nsel = c->selected.size();
-    float fl = float(area.left), ft = float(bandTop), fb = float(bandBottom);
+    int64_t fl = int64_t(area.left) << kFixedShift, ft = int64_t(bandTop) << kFixedShift;
+    int64_t fb = int64_t(bandBottom) << kFixedShift;
     // With several styles each visits the list of its own edges.
     bool listed = c->styles.size() > 1;
     size_t count = listed ? st.count : edges().size();
@@ -247,12 +305,8 @@ void Pass::scanStyle(const StyleInfo &st, const Box &area, int bandTop, int band
                 (size_t(uint32_t(e.right)) < nsel ? sel[e.right] : 0);
         if (w == 0 || (e.y0 <= ft && e.y1 <= ft) || (e.y0 >= fb && e.y1 >= fb))
             continue;
-        accumulate(g, e.x0 - fl, e.y0 - ft, e.x1 - fl, e.y1 - ft, float(w));
+        accumulate(g, e.x0 - fl, e.y0 - ft, e.x1 - fl, e.y1 - ft, w);
     }
-    // A row whose winding does not return to zero (an edge soup left open)
-    // keeps its coverage up to the right of the style's bounds.
-    int styleEnd = list.reachesRight ? cols : int(std::floor(st.maxX)) - area.left + 1;
-    styleEnd = styleEnd < cols ? styleEnd : cols;
     const tovObject *brush = st.index > 0 ? objects[size_t(st.index)] : nullptr;
     uint8_t *cov = c->coverage.data();
     float *covF = c->coverageF.data();
@@ -264,14 +318,12 @@ void Pass::scanStyle(const StyleInfo &st, const Box &area, int bandTop, int band
             continue;
         uint32_t *row = g.cells + size_t(r) * g.stride;
         uint32_t sum = 0;
-        int outEnd = hi < cols ? hi + 1 : cols; // pixels lo..outEnd-1
+        int outEnd = hi + 1; // pixels lo..outEnd-1, every cell written
         int x = lo;
         if (direct) {
             uint32_t *dst = reinterpret_cast<uint32_t *>(pixelAddress(c, area.left, y));
             sum = sweepSolid(row, dst, lo, outEnd, sum, brush);
-            for (x = outEnd; x <= hi; ++x)
-                row[x] = 0;
-            if (magnitude(sum) > 128u && outEnd < styleEnd)
+            if (toByte(sum) && outEnd < styleEnd)
                 sweepSolid(row, dst, outEnd, styleEnd, sum, brush);
             continue;
         }
@@ -288,9 +340,7 @@ void Pass::scanStyle(const StyleInfo &st, const Box &area, int bandTop, int band
                 cov[x - lo] = toByte(sum);
             }
         }
-        for (; x <= hi; ++x)
-            row[x] = 0;
-        if (magnitude(sum) > 128u && outEnd < styleEnd) {
+        if (toByte(sum) && outEnd < styleEnd) {
             for (x = outEnd; x < styleEnd; ++x) {
                 cov[x - lo] = toByte(sum);
                 covF[x - lo] = toUnit(sum);
@@ -355,8 +405,7 @@ void Pass::run()
         return;
     std::memset(c->selected.data(), 0, nobj);
     c->styles.clear();
-    const float inf = INFINITY;
-    StyleInfo all{-1, inf, inf, -inf, -inf, 0, 0};
+    StyleInfo all{-1, INT32_MAX, INT32_MAX, INT32_MIN, INT32_MIN, 0, 0};
     if (builder) {
         // Colours do not matter in a mask: all drawing styles count as one,
         // so edges between two of them cancel and cannot leave a seam.
@@ -388,7 +437,7 @@ void Pass::run()
                     if (draws(idx)) {
                         int32_t &slot = c->styleSlot[size_t(idx)];
                         if (slot < 0) {
-                            if (!c->styles.push(StyleInfo{idx, inf, inf, -inf, -inf, 0, 0}))
+                            if (!c->styles.push(StyleInfo{idx, INT32_MAX, INT32_MAX, INT32_MIN, INT32_MIN, 0, 0}))
                                 return;
                             slot = int32_t(c->styles.size() - 1);
                         }
@@ -407,8 +456,8 @@ void Pass::run()
             return;
         for (size_t i = 0; i < c->styles.size(); ++i) {
             const StyleInfo &st = c->styles[i];
-            all.minX = minf(all.minX, st.minX), all.maxX = maxf(all.maxX, st.maxX);
-            all.minY = minf(all.minY, st.minY), all.maxY = maxf(all.maxY, st.maxY);
+            all.minX = mini(all.minX, st.minX), all.maxX = maxi(all.maxX, st.maxX);
+            all.minY = mini(all.minY, st.minY), all.maxY = maxi(all.maxY, st.maxY);
         }
         // Strokes of different pens are painted in pen order.
         for (size_t i = 1; strokes && i < c->styles.size(); ++i)
@@ -419,11 +468,12 @@ void Pass::run()
             }
     }
     const Box &clip = c->clip;
-    Box area{int(std::floor(all.minX)), int(std::floor(all.minY)), int(std::floor(all.maxX)) + 1,
-             int(std::ceil(all.maxY))};
+    // Cells left of the clip box are folded into its first column and those
+    // right of it dropped, so the grid covers only the bounds inside the box.
+    Box area{pixelFloor(all.minX), pixelFloor(all.minY), pixelFloor(all.maxX) + 1, pixelCeil(all.maxY)};
     area.left = area.left > clip.left ? area.left : clip.left;
     area.top = area.top > clip.top ? area.top : clip.top;
-    area.right = area.right < clip.right && !list.reachesRight ? area.right : clip.right;
+    area.right = area.right < clip.right ? area.right : clip.right;
     area.bottom = area.bottom < clip.bottom ? area.bottom : clip.bottom;
     if (area.empty())
         return;

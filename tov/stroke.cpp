@@ -14,7 +14,7 @@ constexpr double kPi = 3.14159265358979323846;
 // Vertices closer than this (in pixels, summed over both axes) are one.
 constexpr double kSamePoint = 1e-4;
 
-// Emits the outline of one pen as clipped edges, tracking the pen position.
+// Emits the outline of one pen as edges, tracking the pen position.
 struct Outline {
     tovCanvas *c;
     int32_t pen;
@@ -25,7 +25,7 @@ struct Outline {
     void moveTo(double px, double py) { x = startX = px, y = startY = py; }
     void lineTo(double px, double py)
     {
-        addClippedEdge(c, c->strokeEdges, x, y, px, py, pen, 0);
+        addEdge(c->strokeEdges, x, y, px, py, pen, 0);
         x = px, y = py;
     }
     void close() { lineTo(startX, startY); }
@@ -163,6 +163,11 @@ bool penDraws(const tovCanvas *c, int32_t pen)
 
 namespace tov {
 
+// Each polyline is outlined whole, the same way whatever the clip box, so
+// joins and caps never depend on it. A polyline whose outline lies wholly
+// outside the box is skipped: its outline is closed, so one right, above or
+// below the box adds to no cell in it, and one left of it adds as much cover
+// as it takes away along every row.
 void buildStrokes(tovCanvas *c)
 {
     c->strokeEdges.clear();
@@ -180,31 +185,26 @@ void buildStrokes(tovCanvas *c)
             Outline o{c, pen, po->radius, 0, 0, 0, 0, 0};
             double chord = po->radius > kTolerance ? 2 * std::acos(1 - kTolerance / po->radius) : kPi / 4;
             o.maxStep = chord < kPi / 4 ? chord : kPi / 4;
-            double reach = po->radius + 1;
-            auto near = [&](Vec a, Vec b) {
-                return std::fmax(a.x, b.x) > clip.left - reach && std::fmin(a.x, b.x) < clip.right + reach &&
-                       std::fmax(a.y, b.y) > clip.top - reach && std::fmin(a.y, b.y) < clip.bottom + reach;
-            };
-            // Runs of the polyline near the clip box are outlined on their
-            // own; far-away segments are skipped (their caps fall outside).
             verts.clear();
-            bool broken = false;
+            Vec lo{sp[i].x, sp[i].y}, hi = lo;
             for (size_t k = i; k < j; ++k) {
                 Vec v{sp[k].x, sp[k].y};
                 if (!verts.empty()) {
                     Vec a = verts.back();
                     if (std::fabs(v.x - a.x) + std::fabs(v.y - a.y) < kSamePoint)
                         continue;
-                    if (!near(a, v)) {
-                        if (verts.size() > 1)
-                            outline(o, verts.data(), int(verts.size()));
-                        verts.clear();
-                        broken = true;
-                    }
                 }
-                verts.push(v);
+                if (!verts.push(v))
+                    break;
+                lo.x = std::fmin(lo.x, v.x), lo.y = std::fmin(lo.y, v.y);
+                hi.x = std::fmax(hi.x, v.x), hi.y = std::fmax(hi.y, v.y);
             }
-            if (verts.size() > 1 || (!broken && !verts.empty() && near(verts[0], verts[0])))
+            // Arc vertices sit at most a few percent outside the pen's
+            // circle, and inner join points stay within the stroke.
+            double reach = po->radius * 1.1 + 2;
+            bool meets = hi.x + reach > clip.left && lo.x - reach < clip.right && hi.y + reach > clip.top &&
+                         lo.y - reach < clip.bottom;
+            if (meets && !verts.empty())
                 outline(o, verts.data(), int(verts.size()));
         }
         i = j;

@@ -61,8 +61,9 @@ void tovDestroy(tovCanvas *canvas);
  * intersected with the buffer. */
 void tovSetClipBox(tovCanvas *canvas, int left, int top, int right, int bottom);
 /* 0 promises that what follows lies inside the clip box, so per-pixel clip
- * tests may be skipped. tov cuts every edge to the clip box before scan
- * conversion and never tests pixels, so the flag changes nothing. */
+ * tests may be skipped. tov never makes cells outside the clip box and never
+ * tests pixels, so the flag changes nothing. Whatever the clip box, every
+ * pixel inside it gets exactly the value a drawing with a larger box gives. */
 void tovSetClipFlag(tovCanvas *canvas, int on);
 /* Fills the clip rectangle with the colour, premultiplied, replacing what
  * was there and ignoring masks (formats without alpha drop the alpha). */

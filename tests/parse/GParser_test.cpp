@@ -17,15 +17,16 @@ using parsetest::Over;
 using parsetest::Popped;
 using parsetest::Release;
 
-// A parser over the bytes one writer produced (kept alive by the fixture).
+// A parser over exactly the bytes given (kept alive by the fixture).
 class RecordTest : public ::testing::Test {
 protected:
-    GParser& Parse(const swf::BitWriter& w) {
-        bytes_ = w.Data();
+    GParser& Parse(const swf::Bytes& bytes) {
+        bytes_ = bytes;
         buffer_ = Exact(bytes_);
         Over(parser_, buffer_.get(), bytes_.size());
         return parser_;
     }
+    GParser& Parse(const swf::BitWriter& w) { return Parse(w.Data()); }
 
     GError errors_;
     GParser parser_;
@@ -50,27 +51,19 @@ TEST_F(RecordTest, RectReadsEdgesInFileOrder) {
         p.ParseUI32(3);
         _GRECT out = {};
         ASSERT_EQ(p.ScanSWFRect(out, &errors_), 1);
-        EXPECT_EQ(out.left, r.xMin);
-        EXPECT_EQ(out.right, r.xMax);
-        EXPECT_EQ(out.top, r.yMin);
-        EXPECT_EQ(out.bottom, r.yMax);
+        EXPECT_EQ((std::array<double, 4>{out.left, out.right, out.top, out.bottom}),
+                  (std::array<double, 4>{double(r.xMin), double(r.xMax), double(r.yMin), double(r.yMax)}));
         EXPECT_EQ(errors_.GetErrorNum(), 0u);
     }
 }
 
-TEST_F(RecordTest, RectWithZeroWidthFieldsIsOneByte) {
-    swf::BitWriter w;
-    swf::WriteRect(w, {});
-    EXPECT_EQ(w.Data(), swf::Bytes{0x00});
-}
-
-TEST_F(RecordTest, MatrixByteZeroIsIdentity) {
-    swf::BitWriter w;
-    w.UI8(0);
+TEST_F(RecordTest, MatrixByteZeroIsIdentityAndANullMatrixIsSkippedSilently) {
     GMatrix m;
     m.m[0][0] = 7;
-    ASSERT_EQ(Parse(w).ScanSWFMatrix(&m, &errors_), 1);
+    ASSERT_EQ(Parse(swf::Bytes{0}).ScanSWFMatrix(&m, &errors_), 1);
     EXPECT_EQ(m.IsIdentify(), 1);
+    EXPECT_EQ(Parse(swf::Bytes{0}).ScanSWFMatrix(nullptr, &errors_), 0);
+    EXPECT_EQ(errors_.GetErrorNum(), 0u);
 }
 
 TEST_F(RecordTest, MatrixFieldsLandInRowMajorOrder) {
@@ -95,43 +88,26 @@ TEST_F(RecordTest, MatrixFieldsLandInRowMajorOrder) {
         swf::WriteMatrix(w, c.in);
         GMatrix m;
         ASSERT_EQ(Parse(w).ScanSWFMatrix(&m, &errors_), 1);
-        EXPECT_EQ(m.m[0][0], c.sx);
-        EXPECT_EQ(m.m[0][1], c.r1);
-        EXPECT_EQ(m.m[0][2], c.tx);
-        EXPECT_EQ(m.m[1][0], c.r0);
-        EXPECT_EQ(m.m[1][1], c.sy);
-        EXPECT_EQ(m.m[1][2], c.ty);
+        EXPECT_EQ((std::array<double, 6>{m.m[0][0], m.m[0][1], m.m[0][2], m.m[1][0], m.m[1][1], m.m[1][2]}),
+                  (std::array<double, 6>{c.sx, c.r1, c.tx, c.r0, c.sy, c.ty}));
     }
-}
-
-TEST_F(RecordTest, NullMatrixReturnsZeroSilently) {
-    swf::BitWriter w;
-    w.UI8(0);
-    EXPECT_EQ(Parse(w).ScanSWFMatrix(nullptr, &errors_), 0);
-    EXPECT_EQ(errors_.GetErrorNum(), 0u);
 }
 
 TEST_F(RecordTest, CxformTermsWithAndWithoutAlpha) {
     struct Case {
         swf::Cxform in;
         bool alpha;
-        GCxform want;
-    };
-    auto make = [](int16_t am, int16_t aa, int16_t rm, int16_t ra, int16_t gm, int16_t ga, int16_t bm, int16_t ba) {
-        GCxform c;
-        c.alphaMult = am, c.alphaAdd = aa, c.redMult = rm, c.redAdd = ra;
-        c.greenMult = gm, c.greenAdd = ga, c.blueMult = bm, c.blueAdd = ba;
-        return c;
+        std::array<int16_t, 8> want;  // alpha, red, green, blue: mult then add
     };
     const std::array<int16_t, 4> mult = {128, -256, 512, 64};
     const std::array<int16_t, 4> add = {-255, 255, 0, -16384};
     const Case cases[] = {
-        {{}, false, make(256, 0, 256, 0, 256, 0, 256, 0)},
-        {{mult, {}, 0}, false, make(256, 0, 128, 0, -256, 0, 512, 0)},
-        {{{}, add, 0}, false, make(256, 0, 256, -255, 256, 255, 256, 0)},
-        {{mult, add, 0}, true, make(64, -16384, 128, -255, -256, 255, 512, 0)},
-        {{mult, {}, 0}, true, make(64, 0, 128, 0, -256, 0, 512, 0)},
-        {{{}, add, 15}, true, make(256, -16384, 256, -255, 256, 255, 256, 0)},
+        {{}, false, {256, 0, 256, 0, 256, 0, 256, 0}},
+        {{mult, {}, 0}, false, {256, 0, 128, 0, -256, 0, 512, 0}},
+        {{{}, add, 0}, false, {256, 0, 256, -255, 256, 255, 256, 0}},
+        {{mult, add, 0}, true, {64, -16384, 128, -255, -256, 255, 512, 0}},
+        {{mult, {}, 0}, true, {64, 0, 128, 0, -256, 0, 512, 0}},
+        {{{}, add, 15}, true, {256, -16384, 256, -255, 256, 255, 256, 0}},
     };
     for (const Case& c : cases) {
         swf::BitWriter w;
@@ -139,44 +115,35 @@ TEST_F(RecordTest, CxformTermsWithAndWithoutAlpha) {
         GCxform out;
         out.redMult = 1;
         ASSERT_EQ(Parse(w).ScanColorMatrix(out, c.alpha, &errors_), 1);
-        EXPECT_EQ(std::memcmp(&out, &c.want, sizeof(GCxform)), 0);
+        EXPECT_EQ((std::array<int, 8>{out.alphaMult, out.alphaAdd, out.redMult, out.redAdd, out.greenMult,
+                                      out.greenAdd, out.blueMult, out.blueAdd}),
+                  (std::array<int, 8>{c.want[0], c.want[1], c.want[2], c.want[3], c.want[4], c.want[5], c.want[6],
+                                      c.want[7]}));
     }
 }
 
-TEST_F(RecordTest, ColoursWithoutAlphaAreOpaque) {
+TEST_F(RecordTest, ColoursGradientsAndPointsReadBack) {
     swf::BitWriter w;
-    swf::WriteColor(w, {1, 2, 3, 4}, false);
+    swf::WriteColor(w, {1, 2, 3, 4}, false);  // without alpha: opaque
     swf::WriteColor(w, {5, 6, 7, 8}, true);
+    swf::WriteGradient(w, {{0, {255, 0, 0, 10}}, {255, {0, 0, 255, 20}}}, true);
+    w.UB(5, 3);  // a point is read without aligning first
+    const int n = swf::BitWriter::SBits({-300, 70000});
+    w.UB(static_cast<uint32_t>(n), 5).SB(-300, n).SB(70000, n);
     GParser& p = Parse(w);
     _GRGBA c = {};
     ASSERT_EQ(p.ScanRGBAColor(c, 0, &errors_), 1);
     EXPECT_EQ((std::array<int, 4>{c.red, c.green, c.blue, c.alpha}), (std::array<int, 4>{1, 2, 3, 255}));
     ASSERT_EQ(p.ScanRGBAColor(c, 1, &errors_), 1);
     EXPECT_EQ((std::array<int, 4>{c.red, c.green, c.blue, c.alpha}), (std::array<int, 4>{5, 6, 7, 8}));
-}
-
-TEST_F(RecordTest, GradientRecordsReadRatioThenColour) {
-    swf::BitWriter w;
-    swf::WriteGradient(w, {{0, {255, 0, 0, 10}}, {255, {0, 0, 255, 20}}}, true);
-    GParser& p = Parse(w);
     EXPECT_EQ(p.ScanUI8(), 2u);
     _GGRADIENT g[2] = {};
     ASSERT_EQ(p.ScanGradient(g[0], 1, &errors_), 1);
     ASSERT_EQ(p.ScanGradient(g[1], 1, &errors_), 1);
-    EXPECT_EQ(g[0].ratio, 0u);
-    EXPECT_EQ(g[0].color.red, 255);
-    EXPECT_EQ(g[0].color.alpha, 10);
-    EXPECT_EQ(g[1].ratio, 255u);
-    EXPECT_EQ(g[1].color.blue, 255);
-    EXPECT_EQ(g[1].color.alpha, 20);
-}
-
-TEST_F(RecordTest, TwipPointIsReadWithoutAligning) {
-    swf::BitWriter w;
-    w.UB(5, 3);
-    const int n = swf::BitWriter::SBits({-300, 70000});
-    w.UB(static_cast<uint32_t>(n), 5).SB(-300, n).SB(70000, n);
-    GParser& p = Parse(w);
+    EXPECT_EQ((std::array<int, 3>{int(g[0].ratio), g[0].color.red, g[0].color.alpha}),
+              (std::array<int, 3>{0, 255, 10}));
+    EXPECT_EQ((std::array<int, 3>{int(g[1].ratio), g[1].color.blue, g[1].color.alpha}),
+              (std::array<int, 3>{255, 255, 20}));
     p.ParseUI32(3);
     _TWIPPOINT pt = {};
     ASSERT_EQ(p.ScanTwipPoint(pt, &errors_), 1);
@@ -199,9 +166,7 @@ TEST_F(RecordTest, PenArrayStartsWithPlaceholderAndScalesWidths) {
             EXPECT_EQ(pens[2].color.red, 9);
         }
     }
-}
-
-TEST_F(RecordTest, PenArrayAppendsWithoutPlaceholderWhenNotEmpty) {
+    // A non-empty array is appended to, without a placeholder.
     swf::BitWriter w;
     swf::WriteLineStyles(w, std::vector<swf::Line>(300), false);
     GDataArray<_GSWFPEN> pens;
@@ -242,16 +207,24 @@ TEST(TagHeaderTest, ShortAndLongHeaders) {
     }
 }
 
-TEST(TagHeaderTest, LongHeaderOfCodeZero) {
-    const swf::Bytes tag = {0x3F, 0x00, 10, 0, 0, 0};
-    GParser p;
-    unsigned total = 0;
-    EXPECT_EQ(p.InitTagHead(const_cast<uint8_t*>(tag.data()), &total, tag.data() + tag.size()), 0u);
-    EXPECT_EQ(total, 16u);
-    EXPECT_EQ(p.error, 0);
+TEST(TagHeaderTest, DeclaredLengthIsTakenEvenPastTheBufferAndSaturates) {
+    struct Case {
+        swf::Bytes tag;
+        unsigned code, total;
+    };
+    const Case cases[] = {{{0x3F, 0x00, 10, 0, 0, 0}, 0, 16},
+                          {swf::TagWithLength(2, {}, 0xFFFFFFFFu), 2, 0xFFFFFFFFu}};
+    for (const Case& c : cases) {
+        auto buffer = Exact(c.tag);
+        GParser p;
+        unsigned total = 0;
+        EXPECT_EQ(p.InitTagHead(buffer.get(), &total, buffer.get() + c.tag.size()), c.code);
+        EXPECT_EQ(total, c.total);
+        EXPECT_EQ(p.error, 0);
+    }
 }
 
-TEST(TagHeaderTest, TruncatedHeaderReadsZerosPastTheBuffer) {
+TEST(TagHeaderTest, TruncatedHeaderReadsZerosPastTheBufferAndScanTagFails) {
     const swf::Bytes tag = swf::TagWithLength(26, {}, 1000);
     for (size_t n = 0; n < tag.size(); ++n) {
         auto buffer = Exact(tag, n);
@@ -263,13 +236,8 @@ TEST(TagHeaderTest, TruncatedHeaderReadsZerosPastTheBuffer) {
         p.InitTagHead(buffer.get(), &total, buffer.get() + n);
         EXPECT_EQ(total, n == 0 ? 2u : 6u + declared) << n;
         EXPECT_EQ(p.error, 0);
-    }
-}
-
-TEST(TagHeaderTest, RangeEndingInsideTheHeaderFails) {
-    const swf::Bytes tag = swf::TagWithLength(26, {}, 1000);
-    for (size_t n = 1; n < tag.size(); ++n) {
-        auto buffer = Exact(tag, n);
+        if (n == 0) continue;
+        // A range ending inside the header fails and leaves the length alone.
         GParser s;
         Over(s, buffer.get(), n);
         unsigned length = 42;
@@ -291,22 +259,13 @@ TEST(TagHeaderTest, BodyReadsPastTheHostBufferGiveZero) {
     EXPECT_EQ(p.error, 0);
 }
 
-TEST(TagHeaderTest, HugeDeclaredLengthSaturates) {
-    const swf::Bytes tag = swf::TagWithLength(2, {}, 0xFFFFFFFFu);
-    auto buffer = Exact(tag);
-    GParser p;
-    unsigned total = 0;
-    EXPECT_EQ(p.InitTagHead(buffer.get(), &total, buffer.get() + tag.size()), 2u);
-    EXPECT_EQ(total, 0xFFFFFFFFu);
-}
-
 // A parser over one whole tag of a buffer, as the engine makes them.
 class PlaceTest : public ::testing::Test {
 protected:
-    void SetUp() override { info_ = GCTRL_INFO{}; }
     void TearDown() override { Release(info_); }
-
     unsigned Open(const swf::Bytes& tag) {
+        Release(info_);
+        info_ = GCTRL_INFO{};
         bytes_ = tag;
         buffer_ = Exact(bytes_);
         unsigned total = 0;
@@ -316,32 +275,30 @@ protected:
 
     GError errors_;
     GParser parser_;
-    GCTRL_INFO info_;
+    GCTRL_INFO info_ = {};
     swf::Bytes bytes_;
     std::unique_ptr<unsigned char[]> buffer_;
 };
 
-TEST_F(PlaceTest, PlaceObjectWithoutCxformEndsAfterMatrix) {
-    const unsigned total = Open(swf::PlaceObject(7, 3, swf::Matrix::Translate(100, 200)));
-    ASSERT_EQ(parser_.LoadCtrlPlace(total, &info_, &errors_), 1);
-    EXPECT_EQ(info_.characterId, 7);
-    EXPECT_EQ(info_.depth, 3);
-    ASSERT_NE(info_.matrix, nullptr);
-    EXPECT_EQ(info_.matrix->m[0][2], 100);
-    EXPECT_EQ(info_.matrix->m[1][2], 200);
-    EXPECT_EQ(info_.cxform, nullptr);
-}
-
-TEST_F(PlaceTest, PlaceObjectReadsCxformWithoutAlpha) {
+TEST_F(PlaceTest, PlaceObjectReadsTheCxformWithoutAlphaOnlyWhenPresent) {
     swf::Cxform cx;
     cx.mult = std::array<int16_t, 4>{128, 64, 32, 7};
-    const unsigned total = Open(swf::PlaceObject(1, 2, swf::Matrix::Scale(2, 2), cx));
-    ASSERT_EQ(parser_.LoadCtrlPlace(total, &info_, &errors_), 1);
-    ASSERT_NE(info_.cxform, nullptr);
-    EXPECT_EQ(info_.cxform->redMult, 128);
-    EXPECT_EQ(info_.cxform->blueMult, 32);
-    EXPECT_EQ(info_.cxform->alphaMult, 256);
-    EXPECT_EQ(info_.matrix->m[0][0], 2.0);
+    for (bool withCxform : {false, true}) {
+        const unsigned total = Open(withCxform ? swf::PlaceObject(7, 3, swf::Matrix::Translate(100, 200), cx)
+                                               : swf::PlaceObject(7, 3, swf::Matrix::Translate(100, 200)));
+        ASSERT_EQ(parser_.LoadCtrlPlace(total, &info_, &errors_), 1);
+        EXPECT_EQ(info_.characterId, 7);
+        EXPECT_EQ(info_.depth, 3);
+        ASSERT_NE(info_.matrix, nullptr);
+        EXPECT_EQ(info_.matrix->m[0][2], 100);
+        EXPECT_EQ(info_.matrix->m[1][2], 200);
+        ASSERT_EQ(info_.cxform != nullptr, withCxform);
+        if (withCxform) {
+            EXPECT_EQ(info_.cxform->redMult, 128);
+            EXPECT_EQ(info_.cxform->blueMult, 32);
+            EXPECT_EQ(info_.cxform->alphaMult, 256);
+        }
+    }
 }
 
 TEST_F(PlaceTest, PlaceObject2EveryFlagCombination) {
@@ -359,28 +316,19 @@ TEST_F(PlaceTest, PlaceObject2EveryFlagCombination) {
         if (flags & 0x40) p.clipDepth = 9;
         if (flags & 0x80) p.clipActions = swf::Bytes{0, 0, 0, 0};
         const unsigned total = Open(swf::PlaceObject2(p));
-        info_ = GCTRL_INFO{};
         const int expected[4] = {0, 2, 1, 3};
         ASSERT_EQ(parser_.LoadCtrlPlace2(total, &info_, &errors_), expected[flags & 3]) << flags;
         EXPECT_EQ(Popped(errors_), (flags & 3) == 0 ? kErrPlaceObject2 : 0u) << flags;
         EXPECT_EQ(info_.placeFlags, flags);
         EXPECT_EQ(info_.depth, flags + 1);
         EXPECT_EQ(info_.characterId, (flags & 0x02) ? 500 : 0);
+        EXPECT_EQ(info_.matrix ? info_.matrix->m[0][2] : 0, (flags & 0x04) ? -1 : 0);
         EXPECT_EQ(info_.matrix != nullptr, (flags & 0x04) != 0);
-        if (info_.matrix) {
-            EXPECT_EQ(info_.matrix->m[0][2], -1);
-        }
+        EXPECT_EQ(info_.cxform ? info_.cxform->alphaAdd : 0, (flags & 0x08) ? -4 : 0);
         EXPECT_EQ(info_.cxform != nullptr, (flags & 0x08) != 0);
-        if (info_.cxform) {
-            EXPECT_EQ(info_.cxform->alphaAdd, -4);
-        }
         EXPECT_EQ(info_.ratio, (flags & 0x10) ? 65535 : 0);
-        EXPECT_EQ(info_.name != nullptr, (flags & 0x20) != 0);
-        if (info_.name) {
-            EXPECT_STREQ(info_.name, "inst");
-        }
+        EXPECT_EQ(std::string(info_.name ? info_.name : "-"), (flags & 0x20) ? "inst" : "-");
         EXPECT_EQ(info_.clipDepth, (flags & 0x40) ? 9 : 0);
-        Release(info_);
     }
 }
 
@@ -395,64 +343,39 @@ TEST_F(PlaceTest, PlaceObject2ReadsClipDepthBeforeName) {
     EXPECT_STREQ(info_.name, "n");
 }
 
-TEST(ReadStringTest, TakesTheTerminatorAndAllocatesItsBlock) {
-    const swf::Bytes text = {'a', 'b', 'c', 0, 'z'};
-    auto buffer = Exact(text);
+TEST(ReadStringTest, TerminatorRangeEndAndNothingLeft) {
+    struct Case {
+        const char* what;
+        swf::Bytes text;
+        unsigned endIndex, skipFirst;
+        int result;
+        const char* string;  // null: nothing allocated
+    };
+    const Case cases[] = {
+        {"terminated", {'a', 'b', 'c', 0, 'z'}, 4, 0, 4, "abc"},
+        {"terminator at the end", {'h', 'i', 0}, 2, 0, 3, "hi"},
+        // The range ends at 'y' (inclusive), not a terminator: the last byte is lost.
+        {"unterminated", {'x', 'y', 'z'}, 1, 0, 1, ""},
+        {"non-zero byte at the end", {'q'}, 0, 0, -1, nullptr},
+        {"nothing left", {'q'}, 0, 1, -1, nullptr},
+    };
+    for (const Case& c : cases) {
+        auto buffer = Exact(c.text);
+        GParser p;
+        p.Init(buffer.get(), c.endIndex, buffer.get() + c.text.size());
+        if (c.skipFirst) p.ScanUI8();
+        char* s = nullptr;
+        EXPECT_EQ(p.ReadString(&s), c.result) << c.what;
+        EXPECT_EQ(std::string(s ? s : "(null)"), c.string ? c.string : "(null)") << c.what;
+        EXPECT_EQ(c.result > 0 ? p.GetPosition() : p.error, c.result > 0 ? c.result : 1) << c.what;
+        GParser::ReleaseReadString(&s);
+        EXPECT_EQ(s, nullptr);
+        GParser::ReleaseReadString(&s);  // releasing twice is harmless
+    }
+    const swf::Bytes label = {'l', 'b', 0, 0x5A};
+    auto buffer = Exact(label);
     GParser p;
-    Over(p, buffer.get(), text.size());
-    char* s = nullptr;
-    EXPECT_EQ(p.ReadString(&s), 4);
-    EXPECT_STREQ(s, "abc");
-    EXPECT_EQ(p.GetPosition(), 4);
-    GParser::ReleaseReadString(&s);
-    EXPECT_EQ(s, nullptr);
-    GParser::ReleaseReadString(&s);
-}
-
-TEST(ReadStringTest, UnterminatedStringLosesItsLastByte) {
-    const swf::Bytes text = {'x', 'y', 'z'};
-    auto buffer = Exact(text);
-    GParser p;
-    // The range ends at 'y' (inclusive), which is not a terminator.
-    p.Init(buffer.get(), 1, buffer.get() + text.size());
-    char* s = nullptr;
-    EXPECT_EQ(p.ReadString(&s), 1);
-    EXPECT_STREQ(s, "");
-    GParser::ReleaseReadString(&s);
-}
-
-TEST(ReadStringTest, TerminatorAtEndIsTaken) {
-    const swf::Bytes text = {'h', 'i', 0};
-    auto buffer = Exact(text);
-    GParser p;
-    Over(p, buffer.get(), text.size());
-    char* s = nullptr;
-    EXPECT_EQ(p.ReadString(&s), 3);
-    EXPECT_STREQ(s, "hi");
-    GParser::ReleaseReadString(&s);
-}
-
-TEST(ReadStringTest, NothingLeftFails) {
-    const swf::Bytes text = {'q'};
-    auto buffer = Exact(text);
-    GParser p;
-    p.Init(buffer.get(), 0, buffer.get() + 1);
-    p.ScanUI8();
-    char* s = nullptr;
-    EXPECT_EQ(p.ReadString(&s), -1);
-    EXPECT_EQ(s, nullptr);
-    EXPECT_EQ(p.error, 1);
-    // At the range's end a non-zero byte gives a count of 0.
-    GParser q;
-    q.Init(buffer.get(), 0, buffer.get() + 1);
-    EXPECT_EQ(q.ReadString(&s), -1);
-}
-
-TEST(ReadStringTest, ParseFrameLabelSkipsTheString) {
-    const swf::Bytes text = {'l', 'b', 0, 0x5A};
-    auto buffer = Exact(text);
-    GParser p;
-    Over(p, buffer.get(), text.size());
+    Over(p, buffer.get(), label.size());
     p.ParseFrameLabel();
     EXPECT_EQ(p.ScanUI8(), 0x5Au);
 }
@@ -463,54 +386,36 @@ TEST(EquStringTest, ExactCaseSensitiveMatch) {
         int equal;
     };
     const Case cases[] = {{"abc", "abc", 1}, {"abc", "abd", 0}, {"abc", "ab", 0}, {"ab", "abc", 0},
-                          {"abc", "ABC", 0}, {"", "", 1},       {"", "a", 0},     {"a", "", 0}};
-    for (const Case& c : cases) EXPECT_EQ(GParser::EquString(c.a, c.b), c.equal) << c.a << "|" << c.b;
-    EXPECT_EQ(GParser::EquString(nullptr, "a"), 0);
-    EXPECT_EQ(GParser::EquString("a", nullptr), 0);
+                          {"abc", "ABC", 0}, {"", "", 1},       {"", "a", 0},     {"a", "", 0},
+                          {nullptr, "a", 0}, {"a", nullptr, 0}};
+    for (const Case& c : cases) EXPECT_EQ(GParser::EquString(c.a, c.b), c.equal) << (c.a ? c.a : "null");
 }
 
-class LabelTest : public ::testing::Test {
-protected:
-    void SetUp() override {
-        tags_.Add(swf::FrameLabel("intro")).Add(swf::ShowFrame()).Add(swf::SetBackgroundColor({1, 2, 3, 255}));
-        tags_.Add(swf::ShowFrame()).Add(swf::FrameLabel("loop")).Add(swf::FrameLabel("alias"));
-        tags_.Add(swf::ShowFrame()).Add(swf::End()).Add(swf::FrameLabel("after"));
-        bytes_ = tags_.Data();
-        buffer_ = Exact(bytes_);
-        parser_.Init(buffer_.get(), static_cast<unsigned>(bytes_.size()), buffer_.get() + bytes_.size());
-    }
-    int Find(const char* label) {
-        return parser_.GetLableFrame(buffer_.get(), buffer_.get() + bytes_.size() - 1, const_cast<char*>(label));
-    }
-
-    swf::Tags tags_;
-    swf::Bytes bytes_;
-    std::unique_ptr<unsigned char[]> buffer_;
-    GParser parser_;
-};
-
-TEST_F(LabelTest, FindsTheFrameOfEachLabel) {
-    EXPECT_EQ(Find("intro"), 0);
-    EXPECT_EQ(Find("loop"), 2);
-    EXPECT_EQ(Find("alias"), 2);
-}
-
-TEST_F(LabelTest, MissingEmptyOrPastEndLabelsGiveMinusOne) {
-    EXPECT_EQ(Find("Intro"), -1);
-    EXPECT_EQ(Find("intr"), -1);
-    EXPECT_EQ(Find(""), -1);
-    EXPECT_EQ(Find("after"), -1);
-    EXPECT_EQ(parser_.GetLableFrame(buffer_.get(), buffer_.get() + bytes_.size(), nullptr), -1);
-}
-
-TEST(LabelBoundTest, LabelTextRunningOffTheBufferIsComparedAsEnded) {
-    // A FrameLabel whose text has no terminator and ends the host's buffer.
-    const swf::Bytes tags = swf::TagWithLength(swf::kFrameLabel, {'e', 'n', 'd'}, 3);
-    auto buffer = Exact(tags);
+TEST(LabelTest, FindsTheFrameOfEachLabelAndMinusOneOtherwise) {
+    swf::Tags tags;
+    tags.Add(swf::FrameLabel("intro")).Add(swf::ShowFrame()).Add(swf::SetBackgroundColor({1, 2, 3, 255}));
+    tags.Add(swf::ShowFrame()).Add(swf::FrameLabel("loop")).Add(swf::FrameLabel("alias"));
+    tags.Add(swf::ShowFrame()).Add(swf::End()).Add(swf::FrameLabel("after"));
+    const swf::Bytes bytes = tags.Data();
+    auto buffer = Exact(bytes);
     GParser p;
-    p.Init(buffer.get(), static_cast<unsigned>(tags.size()), buffer.get() + tags.size());
-    EXPECT_EQ(p.GetLableFrame(buffer.get(), buffer.get() + tags.size(), const_cast<char*>("end")), 0);
-    EXPECT_EQ(p.GetLableFrame(buffer.get(), buffer.get() + tags.size(), const_cast<char*>("endless")), -1);
+    p.Init(buffer.get(), static_cast<unsigned>(bytes.size()), buffer.get() + bytes.size());
+    const std::pair<const char*, int> cases[] = {{"intro", 0}, {"loop", 2},  {"alias", 2}, {"Intro", -1},
+                                                 {"intr", -1}, {"", -1},     {"after", -1}};
+    for (const auto& c : cases)
+        EXPECT_EQ(p.GetLableFrame(buffer.get(), buffer.get() + bytes.size() - 1, const_cast<char*>(c.first)),
+                  c.second)
+            << c.first;
+    EXPECT_EQ(p.GetLableFrame(buffer.get(), buffer.get() + bytes.size(), nullptr), -1);
+
+    // A label whose text has no terminator and ends the host's buffer is
+    // compared as if it ended there.
+    const swf::Bytes cut = swf::TagWithLength(swf::kFrameLabel, {'e', 'n', 'd'}, 3);
+    auto cutBuffer = Exact(cut);
+    GParser q;
+    q.Init(cutBuffer.get(), static_cast<unsigned>(cut.size()), cutBuffer.get() + cut.size());
+    EXPECT_EQ(q.GetLableFrame(cutBuffer.get(), cutBuffer.get() + cut.size(), const_cast<char*>("end")), 0);
+    EXPECT_EQ(q.GetLableFrame(cutBuffer.get(), cutBuffer.get() + cut.size(), const_cast<char*>("endless")), -1);
 }
 
 }  // namespace

