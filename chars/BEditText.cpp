@@ -228,7 +228,7 @@ void BEditText::DrawBorder(GStage* stage, GActor* actor, GCTRL_INFO* ctx, GDicti
     GCTRL_INFO info;
     GMatrix m;
     GCxform cx;
-    BText::GetPlacement(info, m, cx, actor, ctx);
+    BChar::GetPlacement(info, m, cx, actor, ctx);
     SetTextBox(record, *info.matrix, stage);
     record->kind = 1;
     SendRecord(record, dict);
@@ -241,7 +241,7 @@ void BEditText::DrawDeviceText(GStage* stage, GActor* actor, GCTRL_INFO* ctx, GD
     GCTRL_INFO info;
     GMatrix m;
     GCxform cx;
-    BText::GetPlacement(info, m, cx, actor, ctx);
+    BChar::GetPlacement(info, m, cx, actor, ctx);
     const GMatrix output = ToOutput(*info.matrix, stage);
     record->text = text;
     record->size = ToPixel(fontHeight * ((output.m[0][0] + output.m[1][1]) / 2));
@@ -306,7 +306,7 @@ void BEditText::Rendering(GStage* stage, GActor* actor, GCTRL_INFO* ctx, GDictio
     GCTRL_INFO info;
     GMatrix m;
     GCxform cx;
-    BText::GetPlacement(info, m, cx, actor, ctx);
+    BChar::GetPlacement(info, m, cx, actor, ctx);
     if (info.cxform && info.cxform->alphaMult == 0 && info.cxform->alphaAdd == 0) return;
     if (border) DrawBorder(stage, actor, ctx, dict);
     BFont* font = BFont::Lookup(dict, fontId);

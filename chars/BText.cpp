@@ -102,23 +102,12 @@ void BText::DrawGlyph(GStage* stage, const GCTRL_INFO& placement, GMatrix& matri
     ReleaseShape(glyph);
 }
 
-void BText::GetPlacement(GCTRL_INFO& out, GMatrix& m, GCxform& cx, GActor* actor, GCTRL_INFO* ctx) {
-    tovMemSet(&out, 0, sizeof(out));
-    out.depth = actor->depth;
-    out.characterId = actor->character ? actor->character->id : 0;
-    out.ratio = actor->ratio;
-    out.clipDepth = actor->clipDepth;
-    out.matrix = actor->matrix;
-    out.cxform = actor->cxform;
-    BChar::GetCtrlMatrix(out, m, cx, actor, ctx);
-}
-
 void BText::Rendering(GStage* stage, GActor* actor, GCTRL_INFO* ctx, GDictionary* dict) {
     if (!stage || !actor) return;
     GCTRL_INFO info;
     GMatrix placement;
     GCxform cx;
-    GetPlacement(info, placement, cx, actor, ctx);
+    BChar::GetPlacement(info, placement, cx, actor, ctx);
     // The text matrix maps first, then the placement.
     const GMatrix combined = textMatrix * *info.matrix;
 

@@ -38,9 +38,6 @@ public:
     // stage space), with the rest of the drawing context from `placement`.
     static void DrawGlyph(GStage* stage, const GCTRL_INFO& placement, GMatrix& matrix, _GSHAPE* glyph,
                           GPointPoolArray<void>& brushes, GDataArray<_GSWFPEN>& pens, GDictionary* dict);
-    // The drawing context of one placed instance: the actor's fields, with
-    // its matrix and colour transform combined with the enclosing context.
-    static void GetPlacement(GCTRL_INFO& out, GMatrix& m, GCxform& cx, GActor* actor, GCTRL_INFO* ctx);
 
 private:
     // Gives the borrowed style storage back, leaving the glyph with none.

@@ -99,19 +99,24 @@ void BChar::DeleteShapes(_GSHAPE* shape, int own) {
     delete shape;
 }
 
+void BChar::GetPlacement(GCTRL_INFO& out, GMatrix& m, GCxform& cx, GActor* actor, GCTRL_INFO* ctx) {
+    tovMemSet(&out, 0, sizeof(out));
+    out.depth = actor->depth;
+    out.characterId = actor->character ? actor->character->id : 0;
+    out.ratio = actor->ratio;
+    out.clipDepth = actor->clipDepth;
+    out.matrix = actor->matrix;
+    out.cxform = actor->cxform;
+    GetCtrlMatrix(out, m, cx, actor, ctx);
+}
+
 void BChar::RenderShapes(GStage* stage, GActor* actor, GCTRL_INFO* ctx, GDictionary* dict, _GSHAPE* shape,
                          _GSHAPE* morphEnd) {
     if (!stage || !actor) return;
-    GCTRL_INFO local = {};
-    local.depth = actor->depth;
-    local.characterId = actor->character ? actor->character->id : 0;
-    local.ratio = actor->ratio;
-    local.clipDepth = actor->clipDepth;
-    local.matrix = actor->matrix;
-    local.cxform = actor->cxform;
+    GCTRL_INFO local;
     GMatrix m;
     GCxform cx;
-    GetCtrlMatrix(local, m, cx, actor, ctx);
+    GetPlacement(local, m, cx, actor, ctx);
     stage->DrawShape(&local, shape, morphEnd, dict);
 }
 

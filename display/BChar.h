@@ -64,6 +64,9 @@ public:
     static unsigned GetTypeLen(GParser* p, unsigned int& len);
     // Frees a parsed shape with its style records when own is nonzero.
     static void DeleteShapes(_GSHAPE* shape, int own);
+    // The drawing context of one placed instance: the actor's placement
+    // fields, then GetCtrlMatrix's combined transform.
+    static void GetPlacement(GCTRL_INFO& out, GMatrix& m, GCxform& cx, GActor* actor, GCTRL_INFO* ctx);
     // Draws one placed instance of a parsed shape (morphEnd null) or of a
     // morph (morphEnd its end shape) through the stage, under the context of
     // the actor (matrix, colour transform, ratio) combined with ctx.

@@ -15,7 +15,8 @@
 namespace tov {
 
 // Coordinates are clamped to this many pixels either way before anything
-// else sees them, so later arithmetic in float stays finite and meaningful.
+// else sees them (2^22: in fixed point they stay within +-2^30, so the scan
+// converter's 64-bit products of two coordinate differences cannot overflow).
 constexpr double kCoordLimit = 4194304.0;
 // Flattening tolerance for curves and arcs, in pixels.
 constexpr double kTolerance = 0.1;

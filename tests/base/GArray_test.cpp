@@ -8,7 +8,7 @@
 
 namespace {
 
-TEST(GArrayTest, GrowthStepDefaultsToTenBelowOne) {
+TEST(GArrayTest, CapacityGrowsLinearlyByTheStepWhichDefaultsToTen) {
     struct Case {
         int requested, step;
     };
@@ -17,36 +17,25 @@ TEST(GArrayTest, GrowthStepDefaultsToTenBelowOne) {
         EXPECT_EQ(a.growBy, c.step) << c.requested;
         EXPECT_EQ(a.capacity, 0);
         EXPECT_EQ(a.data, nullptr);
+        std::vector<int> capacities;
+        for (int i = 0; i < 2 * c.step + 1; ++i) {
+            ASSERT_EQ(a.Add(i * 11), 1);
+            capacities.push_back(a.capacity);
+        }
+        for (int i = 0; i < 2 * c.step + 1; ++i) {
+            EXPECT_EQ(a[i], i * 11);
+            EXPECT_EQ(capacities[static_cast<size_t>(i)], (i / c.step + 1) * c.step) << c.requested << " " << i;
+        }
+        EXPECT_EQ(a.GetCount(), 2 * c.step + 1);
     }
-}
-
-TEST(GArrayTest, CapacityGrowsLinearlyByTheStep) {
-    GDataArray<int> a(3);
-    std::vector<int> capacities;
-    for (int i = 0; i < 7; ++i) {
-        ASSERT_EQ(a.Add(i * 11), 1);
-        capacities.push_back(a.capacity);
-    }
-    EXPECT_EQ(capacities, (std::vector<int>{3, 3, 3, 6, 6, 6, 9}));
-    for (int i = 0; i < 7; ++i) EXPECT_EQ(a[i], i * 11);
-    EXPECT_EQ(a.GetCount(), 7);
-}
-
-TEST(GArrayTest, DefaultStepGrowsByTen) {
-    GDataArray<double> a(0);
-    for (int i = 0; i < 11; ++i) a.Add(i);
-    EXPECT_EQ(a.capacity, 20);
-}
-
-TEST(GArrayTest, RemoveAllOnEmptyArrayZeroesCounts) {
-    GPointPoolArray<void> a;
-    a.RemoveAll();
-    EXPECT_EQ(a.count, 0);
-    EXPECT_EQ(a.capacity, 0);
-    EXPECT_EQ(a.data, nullptr);
 }
 
 TEST(GArrayTest, PointPoolFreesBlocksAndSkipsNulls) {
+    GPointPoolArray<void> empty;
+    empty.RemoveAll();
+    EXPECT_EQ(empty.count, 0);
+    EXPECT_EQ(empty.capacity, 0);
+    EXPECT_EQ(empty.data, nullptr);
     GPointPoolArray<void> a(2);
     ASSERT_EQ(a.Add(nullptr), 1);
     ASSERT_EQ(a.Add(tovMalloc(16)), 1);
@@ -68,7 +57,7 @@ struct Counted {
 };
 int Counted::alive = 0;
 
-TEST(GArrayTest, PointObjectDeletesObjectsAndSkipsNulls) {
+TEST(GArrayTest, ObjectPointersAreDeletedOnlyUnderTheObjectPolicy) {
     {
         GPointObjectArray<Counted> a;
         a.Add(new Counted);
@@ -81,10 +70,7 @@ TEST(GArrayTest, PointObjectDeletesObjectsAndSkipsNulls) {
     }
     // The destructor applies the policy too.
     EXPECT_EQ(Counted::alive, 0);
-}
-
-TEST(GArrayTest, DataPolicyLeavesPointedObjectsAlone) {
-    Counted kept;
+    Counted kept;  // the data policy leaves pointed objects alone
     {
         GDataArray<Counted*> a;
         a.Add(&kept);

@@ -5,6 +5,7 @@
 
 #include <gtest/gtest.h>
 
+#include <array>
 #include <cstring>
 
 namespace {
@@ -44,14 +45,12 @@ TEST(GCxformTest, TransformClampsEachChannel) {
     };
     for (const Case& c : cases) {
         const _GRGBA r = c.cx.Transform(c.in);
-        EXPECT_EQ(r.red, c.out.red);
-        EXPECT_EQ(r.green, c.out.green);
-        EXPECT_EQ(r.blue, c.out.blue);
-        EXPECT_EQ(r.alpha, c.out.alpha);
+        EXPECT_EQ((std::array<int, 4>{r.red, r.green, r.blue, r.alpha}),
+                  (std::array<int, 4>{c.out.red, c.out.green, c.out.blue, c.out.alpha}));
     }
 }
 
-TEST(GCxformTest, ProductTruncatesTowardZero) {
+TEST(GCxformTest, ProductAppliesThisThenArgumentTruncatingAndWrapping) {
     const GCxform half = Make(128, 0, 128, 0, 128, 0, 128, 0);
     const GCxform a = Make(128, 10, 256, -3, 256, 0, 256, 1);
     const GCxform r = a * half;
@@ -61,25 +60,16 @@ TEST(GCxformTest, ProductTruncatesTowardZero) {
     EXPECT_EQ(r.blueAdd, 0);
     EXPECT_EQ(r.greenMult, 128);
     EXPECT_TRUE(Same(GCxform::Combine(&a, &half), r));
-}
-
-TEST(GCxformTest, ProductAppliesThisThenArgument) {
-    const GCxform a = Make(256, 0, 256, 50, 256, 0, 256, 0);
-    const GCxform b = Make(256, 0, 512, 0, 256, 0, 256, 0);
-    EXPECT_EQ((a * b).redAdd, 100);
-    EXPECT_EQ((b * a).redAdd, 50);
-}
-
-TEST(GCxformTest, ProductWrapsAtSixteenBits) {
-    const GCxform big = Make(32767, 0, 256, 0, 256, 0, 256, 0);
-    EXPECT_EQ((big * big).alphaMult, -256);
-}
-
-TEST(GCxformTest, CombineWithNulls) {
-    const GCxform a = Make(1, 2, 3, 4, 5, 6, 7, 8);
-    EXPECT_TRUE(Same(GCxform::Combine(nullptr, nullptr), GCxform()));
     EXPECT_TRUE(Same(GCxform::Combine(&a, nullptr), a));
     EXPECT_TRUE(Same(GCxform::Combine(nullptr, &a), a));
+    EXPECT_TRUE(Same(GCxform::Combine(nullptr, nullptr), GCxform()));
+
+    const GCxform add = Make(256, 0, 256, 50, 256, 0, 256, 0);
+    const GCxform twice = Make(256, 0, 512, 0, 256, 0, 256, 0);
+    EXPECT_EQ((add * twice).redAdd, 100);
+    EXPECT_EQ((twice * add).redAdd, 50);
+    const GCxform big = Make(32767, 0, 256, 0, 256, 0, 256, 0);
+    EXPECT_EQ((big * big).alphaMult, -256);  // the product wraps at 16 bits
 }
 
 TEST(GCxformTest, InPlaceProductMixesBlueWithGreenAddend) {

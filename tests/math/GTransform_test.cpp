@@ -5,6 +5,7 @@
 
 #include <gtest/gtest.h>
 
+#include <array>
 #include <climits>
 
 namespace {
@@ -20,27 +21,29 @@ TEST(GTransformTest, ToRightAngleReducesModulo360) {
 }
 
 TEST(GTransformTest, ZoomScaleFitsInsideTheView) {
-    EXPECT_EQ(GTransform::GetZoomScale(550, 400, 1100, 800, 0), 2.0);
-    EXPECT_EQ(GTransform::GetZoomScale(550, 400, 1100, 800, 2), 2.0);
-    // Quarter turns swap the movie's sides: 800 x 400 > 550 x 1100 is false.
-    EXPECT_EQ(GTransform::GetZoomScale(550, 400, 1100, 800, 1), 800.0 / 550);
-    EXPECT_EQ(GTransform::GetZoomScale(550, 400, 1100, 800, 3), 800.0 / 550);
-    EXPECT_EQ(GTransform::GetZoomScale(100, 10, 50, 50, 0), 0.5);
-    EXPECT_EQ(GTransform::GetZoomScale(10, 100, 50, 50, 0), 0.5);
-    // A tie takes the height's ratio.
-    EXPECT_EQ(GTransform::GetZoomScale(3, 7, 9, 21, 0), 21.0 / 7);
-}
-
-TEST(GTransformTest, ZoomScaleOfEmptySidesIsZero) {
-    EXPECT_EQ(GTransform::GetZoomScale(550, 400, 0, 800, 0), 0.0);
-    EXPECT_EQ(GTransform::GetZoomScale(550, 400, 800, 0, 0), 0.0);
-    EXPECT_EQ(GTransform::GetZoomScale(0, 400, 800, 600, 0), 0.0);
-    EXPECT_EQ(GTransform::GetZoomScale(550, 0, 800, 600, 0), 0.0);
-}
-
-TEST(GTransformTest, ZoomScaleProductsWrapAtThirtyTwoBits) {
-    // 65536 x 65536 wraps to 0, so the comparison picks the height.
-    EXPECT_EQ(GTransform::GetZoomScale(65536, 1, 1, 65536, 0), 65536.0);
+    struct Case {
+        int movieW, movieH, viewW, viewH;
+        unsigned orientation;
+        double scale;
+    };
+    const Case cases[] = {
+        {550, 400, 1100, 800, 0, 2.0},
+        {550, 400, 1100, 800, 2, 2.0},
+        // Quarter turns swap the movie's sides: 800 x 400 > 550 x 1100 is false.
+        {550, 400, 1100, 800, 1, 800.0 / 550},
+        {550, 400, 1100, 800, 3, 800.0 / 550},
+        {100, 10, 50, 50, 0, 0.5},
+        {10, 100, 50, 50, 0, 0.5},
+        {3, 7, 9, 21, 0, 21.0 / 7},  // a tie takes the height's ratio
+        {65536, 1, 1, 65536, 0, 65536.0},  // 65536 x 65536 wraps to 0: the height is picked
+        {550, 400, 0, 800, 0, 0.0},  // any empty side gives 0
+        {550, 400, 800, 0, 0, 0.0},
+        {0, 400, 800, 600, 0, 0.0},
+        {550, 0, 800, 600, 0, 0.0},
+    };
+    for (const Case& c : cases)
+        EXPECT_EQ(GTransform::GetZoomScale(c.movieW, c.movieH, c.viewW, c.viewH, c.orientation), c.scale)
+            << c.movieW << "x" << c.movieH << " in " << c.viewW << "x" << c.viewH << " turn " << c.orientation;
 }
 
 TEST(GTransformTest, TransFormForEachOrientation) {
@@ -52,12 +55,8 @@ TEST(GTransformTest, TransFormForEachOrientation) {
     const Case cases[] = {{0, 2, 0, 0, 2}, {1, 0, 2, -2, 0}, {2, -2, 0, 0, -2}, {3, 0, -2, 2, 0}};
     for (const Case& c : cases) {
         const GMatrix m = GTransform::GetTransForm(2.0, c.orientation, origin);
-        EXPECT_EQ(m.m[0][0], c.a);
-        EXPECT_EQ(m.m[0][1], c.b);
-        EXPECT_EQ(m.m[1][0], c.c);
-        EXPECT_EQ(m.m[1][1], c.d);
-        EXPECT_EQ(m.m[0][2], 30);
-        EXPECT_EQ(m.m[1][2], -40);
+        EXPECT_EQ((std::array<double, 6>{m.m[0][0], m.m[0][1], m.m[0][2], m.m[1][0], m.m[1][1], m.m[1][2]}),
+                  (std::array<double, 6>{c.a, c.b, 30, c.c, c.d, -40}));
     }
     const GMatrix bad = GTransform::GetTransForm(2.0, 5, origin);
     for (const auto& row : bad.m)
