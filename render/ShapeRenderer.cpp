@@ -41,6 +41,17 @@ public:
         return {originOut_.x + m_[0][0] * dx + m_[0][1] * dy, originOut_.y + m_[1][0] * dx + m_[1][1] * dy};
     }
 
+    // One edge: a line to pts[0], or a curve through control pts[0] to pts[1].
+    void Edge(tovCanvas* canvas, const _GPOINT* pts, bool curve) {
+        _GPOINT a = Map(pts[0]);
+        if (!curve) {
+            tovLineTo(canvas, a.x, a.y);
+            return;
+        }
+        _GPOINT b = Map(pts[1]);
+        tovCurveTo(canvas, a.x, a.y, b.x, b.y);
+    }
+
 private:
     static bool IsIdentity(double (*m)[3]) {
         return m[0][0] == 1.0 && m[0][1] == 0.0 && m[0][2] == 0.0 && m[1][0] == 0.0 && m[1][1] == 1.0 &&
@@ -238,13 +249,7 @@ void GStage::RenderShape(_GOFFSCR*, _GSHAPE* shape, double m[2][3], GCxform* cx,
                     int isCurve = 0;
                     edge = GShapeParser::ScanLine(&p, edge, point, position, out, isCurve);
                     if (p.error) break;  // an edge cut off by the tag's end is not drawn
-                    _GPOINT a = map.Map(out[0]);
-                    if (isCurve) {
-                        _GPOINT b = map.Map(out[1]);
-                        tovCurveTo(canvas, a.x, a.y, b.x, b.y);
-                    } else {
-                        tovLineTo(canvas, a.x, a.y);
-                    }
+                    map.Edge(canvas, out, isCurve != 0);
                 }
                 if (p.error) break;
                 flags = GShapeParser::ScanStyles(&p, edge, status, dict, workPens, workBrushes, info);
@@ -320,13 +325,7 @@ void GStage::RenderMorphShape(_GOFFSCR* off, _GSHAPE* start, double m[2][3], GCx
                         e[1] = s[1];
                         eCurve = sCurve;
                     }
-                    if (BMorph::GeneratePoint(ratio, s, e, prev, sCurve, eCurve)) {
-                        _GPOINT a = map.Map(s[0]), b = map.Map(s[1]);
-                        tovCurveTo(canvas, a.x, a.y, b.x, b.y);
-                    } else {
-                        _GPOINT a = map.Map(s[0]);
-                        tovLineTo(canvas, a.x, a.y);
-                    }
+                    map.Edge(canvas, s, BMorph::GeneratePoint(ratio, s, e, prev, sCurve, eCurve) != 0);
                 }
                 if (sp.error) break;
                 flags = GShapeParser::ScanStyles(&sp, edge, sStatus, dict, morphPens, morphBrushes, info);

@@ -15,8 +15,9 @@
 namespace tov {
 
 // Coordinates are clamped to this many pixels either way before anything
-// else sees them (2^22: in fixed point they stay within +-2^30, so the scan
-// converter's 64-bit products of two coordinate differences cannot overflow).
+// else sees them (2^22: in fixed point they stay within +-2^30, so every
+// difference of two coordinates fits in 32 bits and rounds exactly in the
+// scan converter's 64-bit and double arithmetic).
 constexpr double kCoordLimit = 4194304.0;
 // Flattening tolerance for curves and arcs, in pixels.
 constexpr double kTolerance = 0.1;
@@ -147,6 +148,16 @@ enum ObjectKind : uint8_t { kFree, kPen, kSolid, kLinear, kRadial, kInvisible };
 inline double clampCoord(double v)
 {
     return v < -kCoordLimit ? -kCoordLimit : (v > kCoordLimit ? kCoordLimit : v);
+}
+
+// The nearest integer to v, for |v| < 2^32: the offset keeps the sum
+// positive so that truncation is the floor. Done this way (rather than with
+// std::floor, a library call on plain x86-64) because it runs per edge and
+// per row; the result depends on v alone, which exact drawing relies on.
+inline int64_t roundToInt(double v)
+{
+    constexpr double kOffset = 4294967296.0;
+    return int64_t(v + (kOffset + 0.5)) - int64_t(kOffset);
 }
 
 // Premultiplied ARGB word from straight colour bytes.

@@ -99,25 +99,26 @@ void brushColors(const tovObject *brush, int y, int x, int n, uint32_t *out)
             out[i] = brush->color;
         return;
     }
-    // Each pixel's position is computed from its own coordinates rather than
+    // Each pixel's position is computed from its own column rather than
     // stepped along the run, so it does not depend on where the run starts
-    // (that is, on the clip box). The table has only 256 entries: the
-    // distance of the radial case is taken in float.
+    // (that is, on the clip box). Float is enough: the table has only 256
+    // entries.
     const double *m = brush->inverse;
     double py = y + 0.5;
     if (brush->kind == kLinear) {
         // t = (u.x + 819.2) / 1638.4, table position t * 255.
         const double k = 255.0 / (2 * kGradientHalf);
-        double base = (m[1] * py + m[2] + kGradientHalf) * k, step = m[0] * k;
+        float base = float((m[1] * py + m[2] + kGradientHalf) * k), step = float(m[0] * k);
         for (int i = 0; i < n; ++i)
-            out[i] = brush->table[tablePosition(float(base + step * (double(x + i) + 0.5)))];
+            out[i] = brush->table[tablePosition(base + step * (float(x + i) + 0.5f))];
     } else {
         // t = |u| / 819.2.
         const float k = float(255.0 / kGradientHalf);
-        double bx = m[1] * py + m[2], by = m[4] * py + m[5];
+        float bx = float(m[1] * py + m[2]), by = float(m[4] * py + m[5]);
+        float sx = float(m[0]), sy = float(m[3]);
         for (int i = 0; i < n; ++i) {
-            double px = double(x + i) + 0.5;
-            float gx = float(bx + m[0] * px), gy = float(by + m[3] * px);
+            float px = float(x + i) + 0.5f;
+            float gx = bx + sx * px, gy = by + sy * px;
             out[i] = brush->table[tablePosition(std::sqrt(gx * gx + gy * gy) * k)];
         }
     }

@@ -12,13 +12,13 @@ namespace {
 // Most segments one curve is cut into; only absurd curves reach it.
 constexpr int kMaxCurveSegments = 1024;
 
-// Rounds to the fixed-point grid. Stroke outlines may reach a pen radius
-// beyond the coordinate limit, so the clamp is repeated here (NaN lands on
-// the lower limit); the result stays within +-2^30.
+// Rounds to the nearest point of the fixed-point grid. Stroke outlines may
+// reach a pen radius beyond the coordinate limit, so the clamp is repeated
+// here (NaN lands on the lower limit); the result stays within +-2^30.
 int32_t toFixed(double v)
 {
     v = v > -kCoordLimit ? (v < kCoordLimit ? v : kCoordLimit) : -kCoordLimit;
-    return int32_t(std::floor(v * kFixedOne + 0.5));
+    return int32_t(roundToInt(v * kFixedOne));
 }
 
 void addStrokeSegment(tovCanvas *c, double x0, double y0, double x1, double y1)

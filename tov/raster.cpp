@@ -3,9 +3,10 @@
 // sweeps in each pixel and the cover it passes to the pixels on its right; a
 // running sum along each row then gives every pixel's winding area, whose
 // magnitude clamped to one is its coverage (the non-zero rule, per style).
-// All of it is integer arithmetic on fixed-point edges, computed for each row
-// and cell from the edge's own ends, so what a pixel gets never depends on
-// which other pixels the clip box lets through.
+// Edges are fixed point; where an edge crosses each row side and how much of
+// its height it uses up at each cell side are computed for that side alone
+// from the edge's own ends, and cells are summed in integers, so what a pixel
+// gets never depends on which other pixels the clip box lets through.
 #include "tov/internal.h"
 
 #include <initializer_list>
@@ -32,13 +33,6 @@ struct Grid {
     int rows, cols;
     int32_t *rowMin, *rowMax;
 };
-
-// Floor of a / b for b > 0.
-inline int64_t floorDiv(int64_t a, int64_t b)
-{
-    int64_t q = a / b;
-    return q - (a % b < 0 ? 1 : 0);
-}
 
 inline void touch(Grid &g, int r, int64_t lo, int64_t hi)
 {
@@ -81,42 +75,57 @@ void addPiece(Grid &g, int r, int64_t xa, int64_t xb, int64_t h, int32_t w)
         return;
     }
     // The height used up from the left end to a cell side at x is
-    // (x - xl) h / dx rounded to nearest, stepped exactly from side to side,
-    // so every cell gets the same share whichever cell the walk starts from.
-    int64_t dx = xr - xl, half = dx / 2;
+    // (x - xl) h / dx rounded, computed for each side on its own from the
+    // piece's ends (one rounding of the slope, one of the product, both
+    // monotonic), so every cell gets the same share whichever cell the walk
+    // starts from.
+    double slope = double(h) / double(xr - xl);
+    auto usedAt = [xl, h, slope](int64_t x) {
+        int64_t t = roundToInt(double(x - xl) * slope);
+        return t < h ? t : h;
+    };
     int64_t k = i, used = 0;
     if (i < 0) {
         // The cells left of the grid give their whole cover to column 0.
-        used = ((-xl) * h + half) / dx;
+        used = usedAt(0);
         row[0] += uint32_t(int32_t(2 * kOne * used) * w);
         k = 0;
     }
-    int64_t num = (((k + 1) << kFixedShift) - xl) * h + half;
-    int64_t t = num / dx, rem = num % dx;
-    int64_t stepQ = kOne * h / dx, stepR = kOne * h % dx;
     for (; k <= last; ++k) {
         int64_t side = k << kFixedShift;
         int64_t fa = xl > side ? xl - side : 0;
         int64_t fb = k == j ? xr - side : kOne;
-        int64_t upTo = k == j ? h : t;
+        int64_t upTo = k == j ? h : usedAt(side + kOne);
         int64_t hk = upTo - used;
         row[k] += uint32_t(int32_t(hk * (2 * kOne - fa - fb)) * w);
         if (k + 1 < g.cols)
             row[k + 1] += uint32_t(int32_t(hk * (fa + fb)) * w);
         used = upTo;
-        t += stepQ, rem += stepR;
-        if (rem >= dx)
-            ++t, rem -= dx;
     }
     touch(g, r, i < 0 ? 0 : i, last + 1 < g.cols ? last + 1 : last);
 }
 
+// The usual piece, within one cell whose right neighbour is in the grid, is
+// added here (with the same arithmetic as addPiece); others go there.
+inline void addPieceFast(Grid &g, int r, int64_t xa, int64_t xb, int64_t h, int32_t w)
+{
+    int64_t i = (xa < xb ? xa : xb) >> kFixedShift, xr = xa < xb ? xb : xa;
+    if (i >= 0 && i + 1 < g.cols && xr <= ((i + 1) << kFixedShift)) {
+        int32_t f = int32_t(xa + xb - 2 * (i << kFixedShift));
+        int32_t hw = int32_t(h) * w;
+        uint32_t *row = g.cells + size_t(r) * g.stride;
+        row[i] += uint32_t(hw * (2 * kFixedOne - f));
+        row[i + 1] += uint32_t(hw * f);
+        touch(g, r, i, i + 1);
+        return;
+    }
+    addPiece(g, r, xa, xb, h, w);
+}
+
 // Adds one edge (fixed point relative to the grid) with winding weight w.
 // Rows outside the grid are skipped arithmetically: the x where the edge
-// crosses a row's top is the exact value rounded to nearest, computed from
-// the edge's ends (the products stay below 2^63 since coordinates stay
-// within +-2^30), so a row's piece is the same whichever row the walk starts
-// from.
+// crosses a row's side is computed for each side on its own from the edge's
+// ends, so a row's piece is the same whichever row the walk starts from.
 void accumulate(Grid &g, int64_t x0, int64_t y0, int64_t x1, int64_t y1, int32_t w)
 {
     if (y0 == y1)
@@ -145,22 +154,16 @@ void accumulate(Grid &g, int64_t x0, int64_t y0, int64_t x1, int64_t y1, int32_t
         }
         return;
     }
-    int64_t dx = x1 - x0, dy = y1 - y0, half = dy / 2;
-    int64_t xa = x0 + floorDiv((ya - y0) * dx + half, dy);
-    int64_t num = ((int64_t(r + 1) << kFixedShift) - y0) * dx + half;
-    int64_t xNext = x0 + floorDiv(num, dy);
-    int64_t rem = num - (xNext - x0) * dy;
-    int64_t stepQ = floorDiv(kOne * dx, dy), stepR = kOne * dx - stepQ * dy;
+    // x at a row side, rounded to the fixed-point grid (|x - x0| <= 2^31).
+    double slope = double(x1 - x0) / double(y1 - y0);
+    auto xAt = [x0, y0, slope](int64_t y) { return x0 + roundToInt(double(y - y0) * slope); };
+    int64_t xa = ya == y0 ? x0 : xAt(ya);
     for (; r < rEnd; ++r) {
         int64_t yb = int64_t(r + 1) << kFixedShift;
-        int64_t xb = xNext;
-        if (yb >= y1)
-            yb = y1, xb = x1;
-        addPiece(g, r, xa, xb, yb - ya, w);
+        int64_t xb = yb < y1 ? xAt(yb) : x1;
+        yb = yb < y1 ? yb : y1;
+        addPieceFast(g, r, xa, xb, yb - ya, w);
         xa = xb, ya = yb;
-        xNext += stepQ, rem += stepR;
-        if (rem >= dy)
-            ++xNext, rem -= dy;
     }
 }
 

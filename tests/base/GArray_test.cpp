@@ -79,17 +79,6 @@ TEST(GArrayTest, ObjectPointersAreDeletedOnlyUnderTheObjectPolicy) {
     EXPECT_EQ(Counted::alive, 1);
 }
 
-TEST(GArrayTest, ObjectPolicyStoresValues) {
-    struct Box {
-        double l, t, r, b;
-    };
-    GArray<Box, GObjectDestroy<Box>> a(1);
-    a.Add(Box{1, 2, 3, 4});
-    a.Add(Box{5, 6, 7, 8});
-    EXPECT_EQ(a[1].r, 7);
-    EXPECT_EQ(a.capacity, 2);
-}
-
 TEST(GArrayTest, RemoveAtShiftsLaterElementsDown) {
     GDataArray<int> a;
     for (int i = 0; i < 4; ++i) a.Add(i);

@@ -3,6 +3,8 @@
 // for a ratio.
 #include <gtest/gtest.h>
 
+#include <array>
+
 #include "chars/BMorph.h"
 #include "display/DictionaryFixture.h"
 #include "display/GActor.h"
@@ -34,6 +36,14 @@ swf::MorphFill Gradient(uint8_t type, size_t stops) {
         s.push_back({static_cast<uint8_t>(i * 100), {10, 20, 30, 40}, static_cast<uint8_t>(i * 50), {50, 60, 70, 80}});
     return swf::MorphFill::Gradient(type, swf::Matrix::Translate(200, 0), swf::Matrix::Scale(2, 2, 0, 400), s);
 }
+
+// A rectangle as left, top, right, bottom, for one comparison.
+struct Box : std::array<double, 4> {
+    Box(double l, double t, double r, double b) : std::array<double, 4>{l, t, r, b} {}
+    explicit Box(const _GRECT& r) : Box(r.left, r.top, r.right, r.bottom) {}
+};
+
+std::array<int, 4> Rgba(const _GRGBA& c) { return {c.red, c.green, c.blue, c.alpha}; }
 
 _GSWFSOLIDBRUSH Solid(_GRGBA c) {
     _GSWFSOLIDBRUSH s = {};
@@ -74,9 +84,8 @@ TEST(BMorphLoad, BuildsParallelStylesAndPointsAtBothEdgeStreams) {
     auto* startSolid = static_cast<_GSWFSOLIDBRUSH*>(morph.startShape->brushes[1]);
     auto* endSolid = static_cast<_GSWFSOLIDBRUSH*>(morph.endShape->brushes[1]);
     EXPECT_EQ(startSolid->type, 1);
-    EXPECT_EQ(startSolid->color.red, 255);
-    EXPECT_EQ(endSolid->color.blue, 255);
-    EXPECT_EQ(endSolid->color.alpha, 128);
+    EXPECT_EQ(Rgba(startSolid->color), (std::array<int, 4>{255, 0, 0, 255}));
+    EXPECT_EQ(Rgba(endSolid->color), (std::array<int, 4>{0, 0, 255, 128}));
 
     auto* startGrad = static_cast<_GSWFGRADIENTBRUSH*>(morph.startShape->brushes[2]);
     auto* endGrad = static_cast<_GSWFGRADIENTBRUSH*>(morph.endShape->brushes[2]);
@@ -113,15 +122,10 @@ TEST(BMorphLoad, EmptyStartBoundsAreAcceptedAndTheBoundsAreTheUnion) {
     DictionaryFixture f({{1, Morph({swf::MorphFill::Solid({}, {})}, {}, swf::Rect{0, 0, 0, 0, 0})}});
     BMorph morph;
     ASSERT_EQ(morph.LoadSWFFile(f.Tag(0), &f.dict), 1);
-    EXPECT_EQ(morph.bounds.left, -100);
-    EXPECT_EQ(morph.bounds.top, 0);
-    EXPECT_EQ(morph.bounds.right, 100);
-    EXPECT_EQ(morph.bounds.bottom, 300);
+    EXPECT_EQ(Box(morph.bounds), (Box{-100, 0, 100, 300}));
     GMatrix shift;
     shift.m[0][2] = 1000;
-    _GRECT r = morph.GetBoundingBox(&shift);
-    EXPECT_EQ(r.left, 900);
-    EXPECT_EQ(r.right, 1100);
+    EXPECT_EQ(Box(morph.GetBoundingBox(&shift)), (Box{900, 0, 1100, 300}));
 }
 
 TEST(BMorphLoad, RejectedMorphsFreeAndForgetBothShapes) {
@@ -137,6 +141,8 @@ TEST(BMorphLoad, RejectedMorphsFreeAndForgetBothShapes) {
     };
     for (Case& c : cases) {
         DictionaryFixture f({{1, c.tag}});
+        EXPECT_EQ(f.dict.NewChar(1), nullptr) << c.what;  // the dictionary reports it
+        EXPECT_EQ(f.LastError(), unsigned{kErrLoadMorph}) << c.what;
         BMorph morph;
         EXPECT_EQ(morph.LoadSWFFile(f.Tag(0), &f.dict), 0) << c.what;
         EXPECT_EQ(morph.loaded, 0) << c.what;
@@ -148,28 +154,15 @@ TEST(BMorphLoad, RejectedMorphsFreeAndForgetBothShapes) {
     }
 }
 
-TEST(BMorphLoad, TheDictionaryReportsAFailedMorphWith2022) {
-    DictionaryFixture f({{1, Morph({swf::MorphFill::Gradient(0x13, {}, {}, {})})}});
-    EXPECT_EQ(f.dict.NewChar(1), nullptr);
-    EXPECT_EQ(f.LastError(), unsigned{kErrLoadMorph});
-}
-
 TEST(BMorphLoad, EndEdgesMustStartBeforeTheTagEnds) {
-    swf::Bytes good = Morph({swf::MorphFill::Solid({}, {})});
-    uint32_t atEnd = 0;
-    {
-        DictionaryFixture f({{1, good}});
-        BMorph morph;
-        ASSERT_EQ(morph.LoadSWFFile(f.Tag(0), &f.dict), 1);
-        // The Offset field follows the header, the id and both bounds.
-        swf::BitWriter head;
-        head.UI16(1);
-        swf::WriteRect(head, swf::Rect{0, 200, 0, 100, 0});
-        swf::WriteRect(head, swf::Rect{-100, 100, 50, 300, 0});
-        size_t header = (good[0] & 0x3F) == 0x3F ? 6 : 2;
-        size_t afterOffset = header + head.Size() + 4;
-        atEnd = static_cast<uint32_t>(good.size() - afterOffset);
-    }
+    const swf::Bytes good = Morph({swf::MorphFill::Solid({}, {})});
+    // The Offset field follows the header, the id and both bounds.
+    swf::BitWriter head;
+    head.UI16(1);
+    swf::WriteRect(head, swf::Rect{0, 200, 0, 100, 0});
+    swf::WriteRect(head, swf::Rect{-100, 100, 50, 300, 0});
+    const size_t afterOffset = ((good[0] & 0x3F) == 0x3F ? 6 : 2) + head.Size() + 4;
+    const uint32_t atEnd = static_cast<uint32_t>(good.size() - afterOffset);
     DictionaryFixture f({{1, Morph({swf::MorphFill::Solid({}, {})}, atEnd)}});
     BMorph morph;
     EXPECT_EQ(morph.LoadSWFFile(f.Tag(0), &f.dict), 0);
@@ -207,10 +200,7 @@ TEST(BMorphColour, ChannelsMixAsIntegersTruncatedTowardZero) {
         ASSERT_NE(mixed, nullptr);
         EXPECT_EQ(mixed->type, 1);
         EXPECT_EQ(mixed->matrix, nullptr);
-        EXPECT_EQ(mixed->color.red, c.expected.red) << c.ratio;
-        EXPECT_EQ(mixed->color.green, c.expected.green) << c.ratio;
-        EXPECT_EQ(mixed->color.blue, c.expected.blue) << c.ratio;
-        EXPECT_EQ(mixed->color.alpha, c.expected.alpha) << c.ratio;
+        EXPECT_EQ(Rgba(mixed->color), Rgba(c.expected)) << c.ratio;
         tovFree(mixed);
     }
 }
@@ -243,47 +233,40 @@ TEST(BMorphGradient, EntriesMixAsIntegersAndTheMatrixAsDoubles) {
     EXPECT_EQ(BMorph::GenerateGradientBrush(100, s.g, empty.g), nullptr);
 }
 
-TEST(BMorphPoints, TwoStraightEdgesGiveAStraightEdge) {
-    _GPOINT start[2] = {{0, 0}, {0, 0}};
-    _GPOINT end[2] = {{100, -40}, {0, 0}};
-    _GPOINT prev[2] = {{0, 0}, {0, 0}};
-    EXPECT_EQ(BMorph::GeneratePoint(0, start, end, prev, 0, 0), 0);
-    EXPECT_EQ(start[0].x, 0);
-    start[0] = {0, 0};
-    EXPECT_EQ(BMorph::GeneratePoint(65535, start, end, prev, 0, 0), 0);
-    EXPECT_EQ(start[0].x, 100);
-    EXPECT_EQ(start[0].y, -40);
-    start[0] = {0, 0};
-    BMorph::GeneratePoint(16384, start, end, prev, 0, 0);
-    EXPECT_DOUBLE_EQ(start[0].x, 100 * (16384 / 65535.0));
-}
+// One GeneratePoint call: the start edge (control, anchor) is replaced by
+// the mixed edge; the result says whether it is a curve.
+struct PointCase {
+    const char* what;
+    unsigned short ratio;
+    _GPOINT start[2], end[2], prev[2];
+    int startCurve, endCurve, curve;
+    _GPOINT out[2];  // only out[0] is compared for straight results
+};
 
-TEST(BMorphPoints, AStraightEdgeAgainstACurveBecomesACurveWithItsMidpointAsControl) {
-    // Start: straight from (0, 0) to (100, 0). End: curve from (0, 0) via
-    // (50, 80) to (100, 0).
-    _GPOINT start[2] = {{100, 0}, {0, 0}};
-    _GPOINT end[2] = {{50, 80}, {100, 0}};
-    _GPOINT prev[2] = {{0, 0}, {0, 0}};
-    EXPECT_EQ(BMorph::GeneratePoint(0, start, end, prev, 0, 1), 1);
-    EXPECT_EQ(start[0].x, 50);  // the straight edge's midpoint
-    EXPECT_EQ(start[0].y, 0);
-    EXPECT_EQ(start[1].x, 100);
-    EXPECT_EQ(start[1].y, 0);
-
-    _GPOINT s2[2] = {{100, 0}, {0, 0}};
-    _GPOINT e2[2] = {{50, 80}, {100, 0}};
-    EXPECT_EQ(BMorph::GeneratePoint(65535, s2, e2, prev, 0, 1), 1);
-    EXPECT_EQ(s2[0].y, 80);
-
-    // The end edge straight, measured from its own previous anchor.
-    _GPOINT s3[2] = {{10, 10}, {20, 0}};
-    _GPOINT e3[2] = {{40, 40}, {0, 0}};
-    _GPOINT prev3[2] = {{0, 0}, {20, 20}};
-    EXPECT_EQ(BMorph::GeneratePoint(65535, s3, e3, prev3, 1, 0), 1);
-    EXPECT_EQ(s3[0].x, 30);
-    EXPECT_EQ(s3[0].y, 30);
-    EXPECT_EQ(s3[1].x, 40);
-    EXPECT_EQ(s3[1].y, 40);
+TEST(BMorphPoints, StraightEdgesStayStraightAndAStraightEdgeAgainstACurveBecomesACurve) {
+    PointCase cases[] = {
+        {"straight at 0", 0, {{0, 0}, {0, 0}}, {{100, -40}, {0, 0}}, {{0, 0}, {0, 0}}, 0, 0, 0, {{0, 0}, {}}},
+        {"straight at 1", 65535, {{0, 0}, {0, 0}}, {{100, -40}, {0, 0}}, {{0, 0}, {0, 0}}, 0, 0, 0, {{100, -40}, {}}},
+        {"straight at 1/4", 16384, {{0, 0}, {0, 0}}, {{100, -40}, {0, 0}}, {{0, 0}, {0, 0}}, 0, 0, 0,
+         {{100 * (16384 / 65535.0), -40 * (16384 / 65535.0)}, {}}},
+        // Start straight from (0, 0) to (100, 0), end a curve via (50, 80):
+        // the straight edge's midpoint becomes its control point.
+        {"straight vs curve at 0", 0, {{100, 0}, {0, 0}}, {{50, 80}, {100, 0}}, {{0, 0}, {0, 0}}, 0, 1, 1,
+         {{50, 0}, {100, 0}}},
+        {"straight vs curve at 1", 65535, {{100, 0}, {0, 0}}, {{50, 80}, {100, 0}}, {{0, 0}, {0, 0}}, 0, 1, 1,
+         {{50, 80}, {100, 0}}},
+        // The end edge straight, measured from its own previous anchor.
+        {"curve vs straight at 1", 65535, {{10, 10}, {20, 0}}, {{40, 40}, {0, 0}}, {{0, 0}, {20, 20}}, 1, 0, 1,
+         {{30, 30}, {40, 40}}},
+    };
+    for (PointCase& c : cases) {
+        EXPECT_EQ(BMorph::GeneratePoint(c.ratio, c.start, c.end, c.prev, c.startCurve, c.endCurve), c.curve)
+            << c.what;
+        for (int i = 0; i <= c.curve; ++i) {
+            EXPECT_DOUBLE_EQ(c.start[i].x, c.out[i].x) << c.what << " " << i;
+            EXPECT_DOUBLE_EQ(c.start[i].y, c.out[i].y) << c.what << " " << i;
+        }
+    }
 }
 
 TEST(BMorphStyles, PensAndBrushesAreRebuiltForTheRatio) {

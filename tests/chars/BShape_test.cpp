@@ -3,6 +3,8 @@
 // rejected, tags cut by the end of the movie, and bounds under a matrix.
 #include <gtest/gtest.h>
 
+#include <array>
+
 #include "chars/BShape.h"
 #include "chars/GBrush.h"
 #include "display/GActor.h"
@@ -30,10 +32,8 @@ TEST(BShapeLoad, ReadsBoundsAndStylesAndLeavesTheRecordsInTheBuffer) {
     BShape shape;
     ASSERT_EQ(shape.LoadSWFFile(f.Tag(0), &f.dict), 1);
     EXPECT_EQ(shape.shapeCount, 1);
-    EXPECT_EQ(shape.bounds.left, -20);
-    EXPECT_EQ(shape.bounds.right, 200);
-    EXPECT_EQ(shape.bounds.top, 10);
-    EXPECT_EQ(shape.bounds.bottom, 100);
+    EXPECT_EQ((std::array<double, 4>{shape.bounds.left, shape.bounds.right, shape.bounds.top, shape.bounds.bottom}),
+              (std::array<double, 4>{-20, 200, 10, 100}));
     ASSERT_NE(shape.shape, nullptr);
     EXPECT_EQ(shape.shape->version, 22u);
     EXPECT_EQ(shape.shape->limit, f.Tag(0) + tag.size());
@@ -64,59 +64,37 @@ TEST(BShapeLoad, SolidAlphaIsKeptOnlyByDefineShape3) {
     }
 }
 
-TEST(BShapeLoad, TheFillCountEscapeAppliesInEveryVersion) {
-    std::vector<swf::Fill> fills(300, swf::Fill::Solid({9, 9, 9, 255}));
-    swf::Shape s(fills, {});
-    s.MoveTo(0, 0).Fill1(300).LineTo(20, 20);
-    DictionaryFixture f({{1, swf::DefineShape(1, swf::Rect{0, 20, 0, 20, 0}, s, 1)}});
-    BShape shape;
-    ASSERT_EQ(shape.LoadSWFFile(f.Tag(0), &f.dict), 1);
-    EXPECT_EQ(shape.shape->brushes.GetCount(), 301);
-}
-
-TEST(BShapeLoad, EmptyOrInvertedBoundsRejectTheShapeWithoutAnErrorOfItsOwn) {
+TEST(BShapeLoad, RejectedShapesKeepNothingAndPushOnlyReaderCodes) {
     swf::Shape s({swf::Fill::Solid({})}, {});
     s.MoveTo(0, 0).Fill1(1).LineTo(20, 20);
-    const swf::Rect rejected[] = {{0, 0, 0, 200, 0}, {0, 200, 50, 50, 0}, {300, 200, 0, 200, 0}};
-    for (const swf::Rect& r : rejected) {
-        DictionaryFixture f({{1, swf::DefineShape(1, r, s, 1)}});
+    swf::BitWriter stylesThenNothing = ShapeHead(1, swf::Rect{0, 100, 0, 100, 0});
+    stylesThenNothing.UI8(1).UI8(0x00).UI8(1).UI8(2).UI8(3).UI8(0);  // one solid fill, no lines, no records
+    swf::BitWriter cutPens = ShapeHead(1, swf::Rect{0, 100, 0, 100, 0});
+    cutPens.UI8(0).UI8(5).UI16(20).UI8(1);  // five line styles announced, the movie ends
+    swf::BitWriter cutBounds;
+    cutBounds.UI16(1).UB(31, 5);  // 31-bit fields that the movie does not hold
+    struct Case {
+        const char* what;
+        swf::Bytes tag;
+        unsigned error;
+    };
+    const Case cases[] = {
+        // Empty or inverted bounds are refused without an error of their own.
+        {"zero width", swf::DefineShape(1, {0, 0, 0, 200, 0}, s, 1), 0},
+        {"zero height", swf::DefineShape(1, {0, 200, 50, 50, 0}, s, 1), 0},
+        {"inverted", swf::DefineShape(1, {300, 200, 0, 200, 0}, s, 1), 0},
+        {"ends after the line styles", swf::Tag(2, stylesThenNothing.Data()), 0},
+        {"line styles cut", swf::Tag(2, cutPens.Data()), kErrPenArray},
+        {"bounds cut", swf::Tag(2, cutBounds.Data()), kErrRect},
+    };
+    for (const Case& c : cases) {
+        DictionaryFixture f({{1, c.tag}});
         BShape shape;
-        EXPECT_EQ(shape.LoadSWFFile(f.Tag(0), &f.dict), 0);
-        EXPECT_EQ(shape.shape, nullptr);
-        EXPECT_EQ(shape.shapeCount, 0);
-        EXPECT_EQ(f.LastError(), 0u);
+        EXPECT_EQ(shape.LoadSWFFile(f.Tag(0), &f.dict), 0) << c.what;
+        EXPECT_EQ(shape.shape, nullptr) << c.what;
+        EXPECT_EQ(shape.shapeCount, 0) << c.what;
+        EXPECT_EQ(f.LastError(), c.error) << c.what;
     }
-}
-
-TEST(BShapeLoad, ATagEndingRightAfterTheLineStylesIsRejected) {
-    swf::BitWriter w = ShapeHead(1, swf::Rect{0, 100, 0, 100, 0});
-    w.UI8(1).UI8(0x00).UI8(1).UI8(2).UI8(3);  // one solid fill
-    w.UI8(0);                                 // no line styles, and nothing after
-    DictionaryFixture f({{1, swf::Tag(2, w.Data())}});
-    BShape shape;
-    EXPECT_EQ(shape.LoadSWFFile(f.Tag(0), &f.dict), 0);
-    EXPECT_EQ(shape.shape, nullptr);
-    EXPECT_EQ(shape.shapeCount, 0);
-    EXPECT_EQ(f.LastError(), 0u);
-}
-
-TEST(BShapeLoad, UnreadableLineStylesRejectTheShapeWith200D) {
-    swf::BitWriter w = ShapeHead(1, swf::Rect{0, 100, 0, 100, 0});
-    w.UI8(0).UI8(5).UI16(20).UI8(1);  // five line styles announced, the movie ends
-    DictionaryFixture f({{1, swf::Tag(2, w.Data())}});
-    BShape shape;
-    EXPECT_EQ(shape.LoadSWFFile(f.Tag(0), &f.dict), 0);
-    EXPECT_EQ(shape.shape, nullptr);
-    EXPECT_EQ(f.LastError(), unsigned{kErrPenArray});
-}
-
-TEST(BShapeLoad, UnreadableBoundsRejectTheShapeWith200B) {
-    swf::BitWriter w;
-    w.UI16(1).UB(31, 5);  // 31-bit fields that the movie does not hold
-    DictionaryFixture f({{1, swf::Tag(2, w.Data())}});
-    BShape shape;
-    EXPECT_EQ(shape.LoadSWFFile(f.Tag(0), &f.dict), 0);
-    EXPECT_EQ(f.LastError(), unsigned{kErrRect});
 }
 
 TEST(BShapeLoad, ATagLongerThanTheMovieIsReadOnlyUpToTheMoviesEnd) {
@@ -144,10 +122,8 @@ TEST(BShapeBounds, BoundsFollowTheMatrix) {
     m.m[0][0] = 2;
     m.m[1][2] = 50;
     _GRECT moved = shape.GetBoundingBox(&m);
-    EXPECT_EQ(moved.left, 0);
-    EXPECT_EQ(moved.right, 400);
-    EXPECT_EQ(moved.top, 50);
-    EXPECT_EQ(moved.bottom, 250);
+    EXPECT_EQ((std::array<double, 4>{moved.left, moved.right, moved.top, moved.bottom}),
+              (std::array<double, 4>{0, 400, 50, 250}));
 }
 
 TEST(BShapeRendering, AnUnloadedShapeDrawsNothing) {

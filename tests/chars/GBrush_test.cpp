@@ -51,27 +51,34 @@ TEST(GBrushTypes, SwfFillTypeBytesMapToRecordTypes) {
 }
 
 TEST(GBrushSolid, AlphaIsKeptOnlyWhenTheShapeCarriesIt) {
-    FillReader r = FillReader::Of({swf::Fill::Solid({10, 20, 30, 40})}, true);
-    void* withAlpha = r.Next(1);
-    ASSERT_NE(withAlpha, nullptr);
-    EXPECT_EQ(AsSolid(withAlpha)->type, 1);
-    EXPECT_EQ(AsSolid(withAlpha)->color.alpha, 40);
-    EXPECT_EQ(AsSolid(withAlpha)->matrix, nullptr);
-    EXPECT_EQ(AsSolid(withAlpha)->cxform, nullptr);
-    tovFree(withAlpha);
-
-    FillReader rgb = FillReader::Of({swf::Fill::Solid({10, 20, 30, 40})}, false);
-    void* opaque = rgb.Next(0);
-    ASSERT_NE(opaque, nullptr);
-    EXPECT_EQ(AsSolid(opaque)->color.blue, 30);
-    EXPECT_EQ(AsSolid(opaque)->color.alpha, 255);
-    tovFree(opaque);
+    for (int alpha : {0, 1}) {
+        FillReader r = FillReader::Of({swf::Fill::Solid({10, 20, 30, 40})}, alpha);
+        void* rec = r.Next(alpha);
+        ASSERT_NE(rec, nullptr);
+        EXPECT_EQ(AsSolid(rec)->type, 1);
+        EXPECT_EQ(AsSolid(rec)->color.blue, 30);
+        EXPECT_EQ(AsSolid(rec)->color.alpha, alpha ? 40 : 255);
+        EXPECT_EQ(AsSolid(rec)->matrix, nullptr);
+        EXPECT_EQ(AsSolid(rec)->cxform, nullptr);
+        tovFree(rec);
+    }
 }
 
-TEST(GBrushSolid, AnUnreadableColourGivesNullAnd2015) {
-    FillReader r(swf::Bytes{0x00, 0x01});
-    EXPECT_EQ(r.Next(1), nullptr);
-    EXPECT_EQ(r.LastError(), unsigned{kErrSolidBrush});
+TEST(GBrushRecords, CutRecordsGiveNullAndTheirCode) {
+    swf::BitWriter cutGradient;
+    cutGradient.UI8(0x12);
+    swf::WriteMatrix(cutGradient, swf::Matrix());
+    cutGradient.UI8(4).UI8(0).UI8(1).UI8(2).UI8(3).UI8(255).UI8(1);  // four entries announced, 1.5 given
+    struct Case {
+        swf::Bytes bytes;
+        int alpha;
+        unsigned code;
+    };
+    for (const Case& c : {Case{{0x00, 0x01}, 1, kErrSolidBrush}, Case{cutGradient.Data(), 0, kErrGradientBrush}}) {
+        FillReader r(c.bytes);
+        EXPECT_EQ(r.Next(c.alpha), nullptr) << c.code;
+        EXPECT_EQ(r.LastError(), c.code);
+    }
 }
 
 TEST(GBrushGradient, LinearAndRadialRecordsHoldTheEntriesAndTheMatrixInPixels) {
@@ -85,12 +92,9 @@ TEST(GBrushGradient, LinearAndRadialRecordsHoldTheEntriesAndTheMatrixInPixels) {
         EXPECT_EQ(g->type, expectedType);
         EXPECT_EQ(g->matrix, nullptr);
         ASSERT_EQ(g->count, 3);
-        EXPECT_EQ(g->gradientMatrix[0], 0.5);
-        EXPECT_EQ(g->gradientMatrix[1], 0.0);
-        EXPECT_EQ(g->gradientMatrix[2], 10.0);  // 200 twips
-        EXPECT_EQ(g->gradientMatrix[3], 0.0);
-        EXPECT_EQ(g->gradientMatrix[4], 2.0);
-        EXPECT_EQ(g->gradientMatrix[5], -3.0);
+        // Translations in pixels: 200 twips is 10.
+        EXPECT_EQ((std::vector<double>(g->gradientMatrix, g->gradientMatrix + 6)),
+                  (std::vector<double>{0.5, 0, 10, 0, 2, -3}));
         EXPECT_EQ(g->Entries()[1].ratio, 128u);
         EXPECT_EQ(g->Entries()[1].color.green, 255);
         EXPECT_EQ(g->Entries()[1].color.alpha, 128);
@@ -99,16 +103,7 @@ TEST(GBrushGradient, LinearAndRadialRecordsHoldTheEntriesAndTheMatrixInPixels) {
     }
 }
 
-TEST(GBrushGradient, ZeroEntriesGiveAValidEmptyRecord) {
-    FillReader r = FillReader::Of({swf::Fill::Linear(swf::Matrix(), {})}, false);
-    void* rec = r.Next(0);
-    ASSERT_NE(rec, nullptr);
-    EXPECT_EQ(AsGradient(rec)->count, 0);
-    EXPECT_EQ(AsGradient(rec)->gradientMatrix[0], 1.0);
-    tovFree(rec);
-}
-
-TEST(GBrushGradient, TheWholeCountByteIsTheEntryCount) {
+TEST(GBrushGradient, TheWholeCountByteIsTheEntryCountEvenZero) {
     swf::BitWriter w;
     w.UI8(0x10);
     swf::WriteMatrix(w, swf::Matrix());
@@ -125,17 +120,13 @@ TEST(GBrushGradient, TheWholeCountByteIsTheEntryCount) {
     ASSERT_NE(next, nullptr);
     EXPECT_EQ(AsSolid(next)->color.red, 9);
     tovFree(next);
-}
-
-TEST(GBrushGradient, AnEntryCutShortGivesNullAnd2016) {
-    swf::BitWriter w;
-    w.UI8(0x12);
-    swf::WriteMatrix(w, swf::Matrix());
-    w.UI8(4).UI8(0).UI8(1).UI8(2).UI8(3);  // four entries announced, one and a half given
-    w.UI8(255).UI8(1);
-    FillReader r(w.Data());
-    EXPECT_EQ(r.Next(0), nullptr);
-    EXPECT_EQ(r.LastError(), unsigned{kErrGradientBrush});
+    // Zero entries give a valid, empty record.
+    FillReader none = FillReader::Of({swf::Fill::Linear(swf::Matrix(), {})}, false);
+    void* empty = none.Next(0);
+    ASSERT_NE(empty, nullptr);
+    EXPECT_EQ(AsGradient(empty)->count, 0);
+    EXPECT_EQ(AsGradient(empty)->gradientMatrix[0], 1.0);
+    tovFree(empty);
 }
 
 TEST(GBrushBitmap, ABitmapFillIsConsumedAndGivesNull) {
@@ -162,22 +153,7 @@ TEST(GBrushUnknown, AnUnknownTypeGivesNullAndReadsNothingMore) {
     tovFree(misread);
 }
 
-TEST(GBrushLending, IdentityTransformsAreLentAsNull) {
-    GPointPoolArray<void> brushes{10};
-    brushes.Add(nullptr);
-    _GSWFSOLIDBRUSH* s = static_cast<_GSWFSOLIDBRUSH*>(tovMalloc(sizeof(_GSWFSOLIDBRUSH)));
-    *s = {};
-    brushes.Add(s);
-    GMatrix identity;
-    GCxform plain;
-    s->matrix = identity.m;  // stale values from an earlier draw
-    s->cxform = &plain;
-    GBrush::SetMatrixToArray(brushes, 0, 2, identity.m, &plain);
-    EXPECT_EQ(s->matrix, nullptr);
-    EXPECT_EQ(s->cxform, nullptr);
-}
-
-TEST(GBrushLending, TheRangeIsClampedToTheArrayAndNullEntriesAreSkipped) {
+TEST(GBrushLending, TheRangeIsClampedNullEntriesSkippedAndIdentitiesLentAsNull) {
     GPointPoolArray<void> brushes{10};
     std::vector<_GSWFSOLIDBRUSH*> records;
     for (int i = 0; i < 4; ++i) {
@@ -204,6 +180,12 @@ TEST(GBrushLending, TheRangeIsClampedToTheArrayAndNullEntriesAreSkipped) {
     EXPECT_EQ(records[0]->matrix, m.m);
     EXPECT_EQ(records[1]->matrix, nullptr);
     EXPECT_EQ(records[3]->cxform, &cx);
+    // Identity transforms are lent as null, replacing an earlier draw's.
+    GMatrix identity;
+    GCxform plain;
+    GBrush::SetMatrixToArray(brushes, 0, 1, identity.m, &plain);
+    EXPECT_EQ(records[0]->matrix, nullptr);
+    EXPECT_EQ(records[0]->cxform, nullptr);
 }
 
 TEST(GBrushBase, TheBaseReaderReadsNothingAndFails) {

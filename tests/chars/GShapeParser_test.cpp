@@ -3,6 +3,8 @@
 // end and error results, and the version table.
 #include <gtest/gtest.h>
 
+#include <array>
+
 #include "chars/GBrush.h"
 #include "chars/GShapeParser.h"
 #include "display/GDictionary.h"
@@ -161,35 +163,23 @@ TEST(GShapeParserEdges, EveryEdgeKindMovesThePenAndFillsThePoints) {
     _GPOINT out[2] = {};
     int curve = -1;
 
-    // Vertical: only y changes, point.x keeps whatever it held.
-    unsigned next = GShapeParser::ScanLine(&r.p, static_cast<unsigned>(flags), point, pos, out, curve);
-    EXPECT_EQ(curve, 0);
-    EXPECT_EQ(point.x, 123.0);
-    EXPECT_EQ(point.y, 100.0);
-    EXPECT_EQ(pos.x, 5);
-    EXPECT_EQ(pos.y, 100);
-    EXPECT_EQ(out[0].y, 100.0);
-
-    // Horizontal: only x changes.
-    next = GShapeParser::ScanLine(&r.p, next, point, pos, out, curve);
-    EXPECT_EQ(point.x, 60.0);
-    EXPECT_EQ(point.y, 100.0);
-
-    // General.
-    next = GShapeParser::ScanLine(&r.p, next, point, pos, out, curve);
-    EXPECT_EQ(out[0].x, 90.0);
-    EXPECT_EQ(out[0].y, 140.0);
-
-    // Curve: control point, then anchor, each moving the pen.
-    next = GShapeParser::ScanLine(&r.p, next, point, pos, out, curve);
-    EXPECT_EQ(curve, 1);
-    EXPECT_EQ(out[0].x, 100.0);
-    EXPECT_EQ(out[0].y, 140.0);
-    EXPECT_EQ(out[1].x, 100.0);
-    EXPECT_EQ(out[1].y, 160.0);
-    EXPECT_EQ(pos.x, 100);
-    EXPECT_EQ(pos.y, 160);
-
+    // Each step: curve flag, point, pen position, then out[0] and out[1].
+    // A vertical edge changes only y (point.x keeps whatever it held), a
+    // horizontal one only x; a curve gives control point then anchor.
+    const std::array<double, 9> steps[] = {
+        {0, 123, 100, 5, 100, 123, 100, 0, 0},
+        {0, 60, 100, 60, 100, 60, 100, 0, 0},
+        {0, 90, 140, 90, 140, 90, 140, 0, 0},
+        {1, 100, 160, 100, 160, 100, 140, 100, 160},
+    };
+    unsigned next = static_cast<unsigned>(flags);
+    for (const auto& want : steps) {
+        next = GShapeParser::ScanLine(&r.p, next, point, pos, out, curve);
+        const std::array<double, 9> got = {double(curve), point.x,  point.y,  double(pos.x), double(pos.y),
+                                            out[0].x,      out[0].y, out[1].x, out[1].y};
+        EXPECT_EQ(got[0], want[0]);
+        for (size_t i = 1; i < (want[0] ? 9u : 7u); ++i) EXPECT_EQ(got[i], want[i]) << "field " << i;
+    }
     EXPECT_EQ(next, 0u);  // the end record
     EXPECT_EQ(r.Styles(next), 0);
     EXPECT_EQ(r.status.changed, 0);

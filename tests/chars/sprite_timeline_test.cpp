@@ -41,27 +41,22 @@ int InstanceCount(const GDictionary& d) {
     return n;
 }
 
-TEST(SpriteTimeline, ZeroFramesReadsNothingAndReportsNoChange) {
-    DictionaryFixture f({{1, SquareShape(1)}, {10, swf::DefineSprite(10, swf::Frames({{Place(1, 1)}}), 0)}});
-    BSprite* s = Build(f, 10);
-    ASSERT_NE(s, nullptr);
-    for (int i = 0; i < 3; ++i) EXPECT_EQ(Frame(s), 0);
-    EXPECT_EQ(s->actors, nullptr);
-    EXPECT_EQ(s->IsMultyFrame(), 0);
-}
-
-TEST(SpriteTimeline, OneFramePlacesOnceThenReportsNoChange) {
-    DictionaryFixture f({{1, SquareShape(1)}, {10, SpriteOf(10, {{Place(1, 1)}})}});
-    BSprite* s = Build(f, 10);
-    EXPECT_EQ(s->IsMultyFrame(), 0);
-    EXPECT_EQ(Frame(s), 1);
-    EXPECT_EQ(s->curFrame, 1);
-    for (int i = 0; i < 3; ++i) {
-        EXPECT_EQ(Frame(s), 0);
-        EXPECT_EQ(s->curFrame, 1);
-        EXPECT_EQ(Depths(s->actors), std::vector<int>{1});
+TEST(SpriteTimeline, ZeroOrOneFrameIsReadAtMostOnceThenReportsNoChange) {
+    for (int frames : {0, 1}) {
+        DictionaryFixture f({{1, SquareShape(1)},
+                             {10, frames ? SpriteOf(10, {{Place(1, 1)}})
+                                         : swf::DefineSprite(10, swf::Frames({{Place(1, 1)}}), 0)}});
+        BSprite* s = Build(f, 10);
+        ASSERT_NE(s, nullptr);
+        EXPECT_EQ(s->IsMultyFrame(), 0);
+        EXPECT_EQ(Frame(s), frames);
+        for (int i = 0; i < 3; ++i) {
+            EXPECT_EQ(Frame(s), 0);
+            EXPECT_EQ(s->curFrame, frames);
+            EXPECT_EQ(Depths(s->actors), frames ? std::vector<int>{1} : std::vector<int>{});
+        }
+        EXPECT_EQ(frames ? s->actors->character->refCount : 1, 1);
     }
-    EXPECT_EQ(s->actors->character->refCount, 1);
 }
 
 TEST(SpriteTimeline, ThreeFramesRunInOrderThenClearAndRepeat) {
@@ -94,38 +89,29 @@ TEST(SpriteTimeline, PreparedFrameIsNotAdvancedAgain) {
     EXPECT_EQ(s->curFrame, 2);
 }
 
-TEST(SpriteTimeline, ChildSpriteIsTheSameInstanceOnEveryLoop) {
-    DictionaryFixture f({{1, SquareShape(1)},
-                         {11, SpriteOf(11, {{Place(1, 1)}, {}, {}})},
-                         {10, SpriteOf(10, {{Place(11, 1)}, {}})}});
-    BSprite* s = Build(f, 10);
-    Frame(s);
-    ASSERT_NE(s->actors, nullptr);
-    BChar* child = s->actors->character;
-    EXPECT_EQ(static_cast<BComplexChar*>(child)->parent, s);
-    for (int i = 0; i < 5; ++i) Frame(s);
-    ASSERT_NE(s->actors, nullptr);
-    EXPECT_EQ(s->actors->character, child);
-    // Six frames prepared: the child's three-frame timeline went round twice.
-    EXPECT_EQ(static_cast<BSprite*>(child)->curFrame, 0);
-    EXPECT_EQ(InstanceCount(f.dict), 2);
-    EXPECT_EQ(s->TreeInstances(), 1);
-}
-
-TEST(SpriteTimeline, RemovedChildSpriteWaitsInTheCache) {
-    DictionaryFixture f({{1, SquareShape(1)},
-                         {11, SpriteOf(11, {{Place(1, 1)}})},
-                         {10, SpriteOf(10, {{Place(11, 1)}, {swf::RemoveObject2(1)}, {}})}});
-    BSprite* s = Build(f, 10);
-    Frame(s);
-    BChar* child = s->actors->character;
-    Frame(s);
-    EXPECT_EQ(s->actors, nullptr);
-    Frame(s);
-    Frame(s);
-    ASSERT_NE(s->actors, nullptr);
-    EXPECT_EQ(s->actors->character, child);
-    EXPECT_EQ(InstanceCount(f.dict), 2);
+TEST(SpriteTimeline, ChildSpriteIsTheSameInstanceOnEveryLoopEvenAfterARemoval) {
+    for (bool removed : {false, true}) {
+        const Bytes parent = removed ? SpriteOf(10, {{Place(11, 1)}, {swf::RemoveObject2(1)}, {}})
+                                     : SpriteOf(10, {{Place(11, 1)}, {}});
+        DictionaryFixture f({{1, SquareShape(1)}, {11, SpriteOf(11, {{Place(1, 1)}, {}, {}})}, {10, parent}});
+        BSprite* s = Build(f, 10);
+        Frame(s);
+        ASSERT_NE(s->actors, nullptr);
+        BChar* child = s->actors->character;
+        EXPECT_EQ(static_cast<BComplexChar*>(child)->parent, s);
+        Frame(s);
+        // A removed child waits in the cache for the next loop.
+        EXPECT_EQ(s->actors == nullptr, removed);
+        for (int i = 0; i < (removed ? 2 : 4); ++i) Frame(s);
+        ASSERT_NE(s->actors, nullptr);
+        EXPECT_EQ(s->actors->character, child);
+        EXPECT_EQ(InstanceCount(f.dict), 2);
+        EXPECT_EQ(s->TreeInstances(), 1);
+        if (!removed) {
+            // Six frames prepared: the child's three-frame timeline went round twice.
+            EXPECT_EQ(static_cast<BSprite*>(child)->curFrame, 0);
+        }
+    }
 }
 
 TEST(SpriteTimeline, SameSpritePlacedTwiceAtOneDepthKeepsTheFirst) {
@@ -150,35 +136,27 @@ TEST(SpriteTimeline, PlainActorAtATakenDepthIsDropped) {
     EXPECT_EQ(s->actors->character->id, 1);
 }
 
-TEST(SpriteTimeline, RemoveRecordCutShortPushesItsCodeAndStillRemoves) {
+TEST(SpriteTimeline, RemoveRecordsTakeTheActorOffOrPushTheirCodeWhenCut) {
     struct Case {
         Bytes tag;
         unsigned code;
+        std::vector<int> depths;
     };
     // RemoveObject without its depth, RemoveObject2 with an empty body: the
     // depth reads as 0, so the removal finds nothing.
-    const Case cases[] = {{swf::Tag(swf::kRemoveObject, {1, 0}), kErrRemoveObject},
-                          {swf::Tag(swf::kRemoveObject2, {}), kErrRemoveObject2}};
+    const Case cases[] = {{swf::RemoveObject(1, 1), 0, {2}},
+                          {swf::Tag(swf::kRemoveObject, {1, 0}), kErrRemoveObject, {1, 2}},
+                          {swf::Tag(swf::kRemoveObject2, {}), kErrRemoveObject2, {1, 2}}};
     for (const Case& c : cases) {
-        DictionaryFixture f({{1, SquareShape(1)}, {10, SpriteOf(10, {{Place(1, 1)}, {c.tag}})}});
+        DictionaryFixture f(
+            {{1, SquareShape(1)}, {2, SquareShape(2)}, {10, SpriteOf(10, {{Place(1, 1), Place(2, 2)}, {c.tag}, {}})}});
         BSprite* s = Build(f, 10);
         Frame(s);
         f.LastError();
         Frame(s);
         EXPECT_EQ(f.LastError(), c.code);
-        EXPECT_EQ(Depths(s->actors), std::vector<int>{1});
+        EXPECT_EQ(Depths(s->actors), c.depths);
     }
-}
-
-TEST(SpriteTimeline, RemoveObjectTakesTheActorOff) {
-    DictionaryFixture f({{1, SquareShape(1)},
-                         {2, SquareShape(2)},
-                         {10, SpriteOf(10, {{Place(1, 1), Place(2, 2)}, {swf::RemoveObject(1, 1)}, {}})}});
-    BSprite* s = Build(f, 10);
-    Frame(s);
-    Frame(s);
-    EXPECT_EQ(Depths(s->actors), std::vector<int>{2});
-    EXPECT_EQ(f.LastError(), 0u);
 }
 
 TEST(SpriteTimeline, FrameLabelIsRecordedAndClearedOnRewind) {
@@ -230,46 +208,42 @@ TEST(SpriteTimeline, ReplaceThatReplacesSkipsTheRestOfItsTag) {
     EXPECT_NE(f.dict.slots[2], f.Tag(1));
 }
 
-TEST(SpriteTimeline, ReportsAreasUnderTheMatrixItIsGiven) {
-    DictionaryFixture f({{1, SquareShape(1)}, {10, SpriteOf(10, {{Place(1, 1)}, {}})}});
-    BSprite* s = Build(f, 10);
-    GClipBox clip;
-    GMatrix m;
-    m.m[0][2] = 1000;
-    Frame(s, &clip, &m);
-    ASSERT_EQ(clip.boxes.count, 1);
-    // The 200-twip square at x 1000, snapped outward by one pixel before and two after.
-    EXPECT_EQ(clip.boxes[0].left, 980);
-    EXPECT_EQ(clip.boxes[0].right, 1240);
-    EXPECT_EQ(clip.boxes[0].top, -20);
-    EXPECT_EQ(clip.boxes[0].bottom, 240);
-}
-
-TEST(SpriteTimeline, MoveInsideTheSpriteReportsOldAndNewArea) {
+TEST(SpriteTimeline, ReportsAreasOfPlacementsMovesAndLoopRestarts) {
     swf::Place2 move;
     move.depth = 1;
     move.move = true;
     move.matrix = Matrix::Translate(2000, 0);
-    DictionaryFixture f({{1, SquareShape(1)}, {10, SpriteOf(10, {{Place(1, 1)}, {swf::PlaceObject2(move)}})}});
-    BSprite* s = Build(f, 10);
-    Frame(s);
-    GClipBox clip;
-    Frame(s, &clip);
-    ASSERT_EQ(clip.boxes.count, 2);
-    EXPECT_EQ(clip.boxes[0].left, -20);
-    EXPECT_EQ(clip.boxes[1].left, 1980);
-}
-
-TEST(SpriteTimeline, LoopRestartReportsTheClearedChildren) {
-    DictionaryFixture f({{1, SquareShape(1)}, {10, SpriteOf(10, {{}, {Place(1, 1, Matrix::Translate(4000, 0))}})}});
-    BSprite* s = Build(f, 10);
-    Frame(s);
-    Frame(s);
-    GClipBox clip;
-    Frame(s, &clip);
-    EXPECT_EQ(s->actors, nullptr);
-    ASSERT_EQ(clip.boxes.count, 1);
-    EXPECT_EQ(clip.boxes[0].left, 3980);
+    struct Case {
+        const char* what;
+        std::vector<std::vector<Bytes>> frames;
+        int framesBefore;
+        double tx;
+        std::vector<double> lefts;
+    };
+    const Case cases[] = {
+        // The 200-twip square snapped outward by one pixel before (and two after).
+        {"placed under the given matrix", {{Place(1, 1)}, {}}, 0, 1000, {980}},
+        {"moved: old and new area", {{Place(1, 1)}, {swf::PlaceObject2(move)}}, 1, 0, {-20, 1980}},
+        {"loop restart: the cleared child", {{}, {Place(1, 1, Matrix::Translate(4000, 0))}}, 2, 0, {3980}},
+    };
+    for (const Case& c : cases) {
+        DictionaryFixture f({{1, SquareShape(1)}, {10, SpriteOf(10, c.frames)}});
+        BSprite* s = Build(f, 10);
+        for (int i = 0; i < c.framesBefore; ++i) Frame(s);
+        GClipBox clip;
+        GMatrix m;
+        m.m[0][2] = c.tx;
+        Frame(s, &clip, c.tx ? &m : nullptr);
+        EXPECT_EQ(s->actors == nullptr, c.framesBefore == 2) << c.what;  // the restart cleared the list
+        std::vector<double> lefts;
+        for (int i = 0; i < clip.boxes.count; ++i) lefts.push_back(clip.boxes[i].left);
+        EXPECT_EQ(lefts, c.lefts) << c.what;
+        if (c.tx) {
+            EXPECT_EQ(clip.boxes[0].right, 1240);
+            EXPECT_EQ(clip.boxes[0].top, -20);
+            EXPECT_EQ(clip.boxes[0].bottom, 240);
+        }
+    }
 }
 
 TEST(SpriteTimeline, BoundingBoxWidensPlainChildrenAndFollowsTheInstance) {

@@ -3,6 +3,8 @@
 // the defaults of complex characters.
 #include <gtest/gtest.h>
 
+#include <array>
+
 #include "display/BChar.h"
 #include "display/GActor.h"
 #include "fixture/SwfBuilder.h"
@@ -17,10 +19,8 @@ TEST(BCharBase, LoadsNothingDrawsNothingAndHasTheEmptyAccumulatorAsBounds) {
     EXPECT_EQ(ch.IsComplex(), 0);
     EXPECT_EQ(ch.refCount, 0);
     _GRECT r = ch.GetBoundingBox(nullptr);
-    EXPECT_EQ(r.left, 1e30);
-    EXPECT_EQ(r.top, 1e30);
-    EXPECT_EQ(r.right, -1e30);
-    EXPECT_EQ(r.bottom, -1e30);
+    EXPECT_EQ((std::array<double, 4>{r.left, r.top, r.right, r.bottom}),
+              (std::array<double, 4>{1e30, 1e30, -1e30, -1e30}));
     GClipBox clip;
     ch.Insert(&clip, nullptr);
     ch.Remove(&clip, nullptr);
@@ -31,23 +31,20 @@ TEST(BCharBase, BoundsHelperZeroesEmptyBoxesAndTransformsOthers) {
     GMatrix shift;
     shift.m[0][2] = 100;
     shift.m[1][2] = -40;
-    _GRECT empty = {5, 5, 5, 9};
-    _GRECT z = BChar::GetBoundingBox(&shift, empty);
-    EXPECT_EQ(z.left, 0);
-    EXPECT_EQ(z.top, 0);
-    EXPECT_EQ(z.right, 0);
-    EXPECT_EQ(z.bottom, 0);
-
-    _GRECT r = {0, 0, 20, 10};
-    _GRECT same = BChar::GetBoundingBox(nullptr, r);
-    EXPECT_EQ(same.right, 20);
     GMatrix identity;
-    EXPECT_EQ(BChar::GetBoundingBox(&identity, r).bottom, 10);
-    _GRECT moved = BChar::GetBoundingBox(&shift, r);
-    EXPECT_EQ(moved.left, 100);
-    EXPECT_EQ(moved.top, -40);
-    EXPECT_EQ(moved.right, 120);
-    EXPECT_EQ(moved.bottom, -30);
+    struct Case {
+        GMatrix* m;
+        _GRECT in, out;
+    };
+    Case cases[] = {{&shift, {5, 5, 5, 9}, {0, 0, 0, 0}},
+                    {nullptr, {0, 0, 20, 10}, {0, 0, 20, 10}},
+                    {&identity, {0, 0, 20, 10}, {0, 0, 20, 10}},
+                    {&shift, {0, 0, 20, 10}, {100, -40, 120, -30}}};
+    for (Case& c : cases) {
+        const _GRECT r = BChar::GetBoundingBox(c.m, c.in);
+        EXPECT_EQ((std::array<double, 4>{r.left, r.top, r.right, r.bottom}),
+                  (std::array<double, 4>{c.out.left, c.out.top, c.out.right, c.out.bottom}));
+    }
 }
 
 TEST(BCharContext, WithoutContextAnActorWithoutMatrixGetsTheCallersIdentity) {
@@ -112,7 +109,7 @@ TEST(BCharTagHeader, OpensTheSpanOverAShortOrLongHeaderAndWidensItToTheTag) {
     }
 }
 
-TEST(BCharTagHeader, AnOpenSpanReadsTheNextHeaderAndGivesItsBodyLength) {
+TEST(BCharTagHeader, AnOpenSpanReadsTheNextHeaderAndGivesItsBodyLengthReadingZerosPastTheBuffer) {
     swf::Bytes tags = swf::Tag(1, {});
     swf::Bytes second = swf::Tag(9, {1, 2, 3});
     tags.insert(tags.end(), second.begin(), second.end());
@@ -123,13 +120,10 @@ TEST(BCharTagHeader, AnOpenSpanReadsTheNextHeaderAndGivesItsBodyLength) {
     EXPECT_EQ(len, 0u);
     EXPECT_EQ(BChar::GetTypeLen(&p, len), 9u);
     EXPECT_EQ(len, 3u);
-}
 
-TEST(BCharTagHeader, AHeaderCutByTheBufferReadsAsZeros) {
     unsigned char lone[1] = {0x85};  // half a header at the very end
-    GParser p;
     p.Init(lone, 0, lone + 1);
-    unsigned len = 7;
+    len = 7;
     EXPECT_EQ(BChar::GetTypeLen(&p, len), 2u);  // 0x0085: code 2, length 5
     EXPECT_EQ(len, 7u);
 }

@@ -12,14 +12,14 @@
 
 namespace {
 
+// One area report: inserted (true) or removed, and the x translation.
+using Report = std::pair<bool, double>;
+using Reports = std::vector<Report>;
+
 // A character that records every area report with the matrix it was given
 // (its x translation identifies the area).
 class ProbeChar : public BChar {
 public:
-    struct Report {
-        bool insert;
-        double tx;
-    };
     std::vector<Report> reports;
 
     using BChar::GetBoundingBox;
@@ -28,11 +28,11 @@ public:
         return BChar::GetBoundingBox(m, r);
     }
     void Insert(GClipBox* clip, GMatrix* m) override {
-        reports.push_back({true, m ? m->m[0][2] : 0.0});
+        reports.emplace_back(true, m ? m->m[0][2] : 0.0);
         BChar::Insert(clip, m);
     }
     void Remove(GClipBox* clip, GMatrix* m) override {
-        reports.push_back({false, m ? m->m[0][2] : 0.0});
+        reports.emplace_back(false, m ? m->m[0][2] : 0.0);
         BChar::Remove(clip, m);
     }
 };
@@ -103,9 +103,7 @@ TEST(GActorInsert, ATakenDepthKeepsTheFirstActorAndStillReportsTheNewcomersArea)
     l.head = GActor::Insert(l.Make(2, Translate(4000)), &l.clip, l.head, nullptr);
     EXPECT_EQ(l.head, first);
     EXPECT_EQ(l.Depths(), (std::vector<uint16_t>{2}));
-    ASSERT_EQ(l.ch.reports.size(), 1u);
-    EXPECT_TRUE(l.ch.reports[0].insert);
-    EXPECT_EQ(l.ch.reports[0].tx, 4000);
+    EXPECT_EQ(l.ch.reports, (Reports{{true, 4000}}));
     EXPECT_EQ(l.clip.boxes.GetCount(), 2);  // both areas are dirty
 }
 
@@ -130,11 +128,10 @@ TEST(GActorInsert, ReportsTheActorsMatrixFollowedByTheOuterOne) {
     GMatrix outer;
     outer.m[0][0] = 2.0;  // scale x by 2 after the actor's own translation
     l.head = GActor::Insert(l.Make(1, Translate(100)), &l.clip, l.head, &outer);
-    ASSERT_EQ(l.ch.reports.size(), 1u);
-    EXPECT_EQ(l.ch.reports[0].tx, 200);
+    EXPECT_EQ(l.ch.reports, (Reports{{true, 200}}));
     l.ch.reports.clear();
     l.head->RemoveOpt(&l.clip, nullptr);
-    EXPECT_EQ(l.ch.reports[0].tx, 100);
+    EXPECT_EQ(l.ch.reports, (Reports{{false, 100}}));
 }
 
 TEST(GActorModify, ColourTransformOnlyKeepsTheMatrixAndReportsOnce) {
@@ -151,9 +148,7 @@ TEST(GActorModify, ColourTransformOnlyKeepsTheMatrixAndReportsOnce) {
     ASSERT_NE(a->cxform, nullptr);
     EXPECT_EQ(a->cxform->redAdd, 40);
     EXPECT_EQ(info.cxform, nullptr);
-    ASSERT_EQ(l.ch.reports.size(), 1u);
-    EXPECT_TRUE(l.ch.reports[0].insert);
-    EXPECT_EQ(l.ch.reports[0].tx, 60);
+    EXPECT_EQ(l.ch.reports, (Reports{{true, 60}}));
 }
 
 TEST(GActorModify, ANewMatrixReportsTheOldAndTheNewArea) {
@@ -166,11 +161,7 @@ TEST(GActorModify, ANewMatrixReportsTheOldAndTheNewArea) {
     info.ratio = 300;
     info.clipDepth = 8;
     l.head = GActor::Modify(l.head, &l.clip, nullptr, &info);
-    ASSERT_EQ(l.ch.reports.size(), 2u);
-    EXPECT_FALSE(l.ch.reports[0].insert);
-    EXPECT_EQ(l.ch.reports[0].tx, 0);
-    EXPECT_TRUE(l.ch.reports[1].insert);
-    EXPECT_EQ(l.ch.reports[1].tx, 4000);
+    EXPECT_EQ(l.ch.reports, (Reports{{false, 0}, {true, 4000}}));
     EXPECT_EQ(l.clip.boxes.GetCount(), 2);
     EXPECT_EQ(l.head->matrix->m[0][2], 4000);
     EXPECT_EQ(l.head->ratio, 300);
@@ -231,10 +222,7 @@ TEST(GActorReplace, CarriesOverWhatTheRecordDoesNotSet) {
     EXPECT_EQ(fresh->clipDepth, 9);
     EXPECT_EQ(l.Depths(), (std::vector<uint16_t>{1, 5, 7}));
     EXPECT_EQ(l.head->next, fresh);
-    ASSERT_EQ(l.ch.reports.size(), 2u);
-    EXPECT_FALSE(l.ch.reports[0].insert);
-    EXPECT_TRUE(l.ch.reports[1].insert);
-    EXPECT_EQ(l.ch.reports[1].tx, 80);
+    EXPECT_EQ(l.ch.reports, (Reports{{false, 80}, {true, 80}}));
     delete old;
 }
 
@@ -278,8 +266,7 @@ TEST(GActorRemove, UnlinksTheActorAndReportsItsArea) {
     l.head = GActor::Remove(l.head, &l.clip, 1, removed, nullptr);
     EXPECT_EQ(removed, oldHead);
     EXPECT_EQ(l.Depths(), (std::vector<uint16_t>{2, 3}));
-    ASSERT_EQ(l.ch.reports.size(), 1u);
-    EXPECT_FALSE(l.ch.reports[0].insert);
+    EXPECT_EQ(l.ch.reports, (Reports{{false, 0}}));
     delete removed;
 
     l.head = GActor::Remove(l.head, &l.clip, 3, removed, nullptr);

@@ -33,21 +33,19 @@ GCTRL_INFO OwningPlacement(uint16_t id, uint16_t depth) {
 
 }  // namespace
 
-TEST(GDictionaryTable, StartsWith32EmptySlotsAndKeepsThemForIdZero) {
-    DictionaryFixture f({{0, SquareShape(0)}});
-    EXPECT_EQ(f.dict.capacity, 32u);
-    EXPECT_EQ(f.dict.slots[0], f.Tag(0));
-    for (unsigned i = 1; i < 32; ++i) EXPECT_EQ(f.dict.slots[i], nullptr) << i;
-}
-
-TEST(GDictionaryTable, GrowsToLargestIdPlus32WithNewSlotsEmpty) {
-    DictionaryFixture f({{3, SquareShape(3)}, {40, SquareShape(40)}});
-    EXPECT_EQ(f.dict.capacity, 72u);
-    EXPECT_EQ(f.dict.slots[3], f.Tag(0));
-    EXPECT_EQ(f.dict.slots[40], f.Tag(1));
-    for (unsigned i = 32; i < 40; ++i) EXPECT_EQ(f.dict.slots[i], nullptr) << i;
-    for (unsigned i = 41; i < 72; ++i) EXPECT_EQ(f.dict.slots[i], nullptr) << i;
-    EXPECT_EQ(f.LastError(), 0u);
+TEST(GDictionaryTable, StartsWith32SlotsAndGrowsToLargestIdPlus32WithNewSlotsEmpty) {
+    struct Case {
+        uint16_t first, second;
+        unsigned capacity;
+    };
+    // Id 0 defined twice (the second refused) keeps the initial 32 slots.
+    for (const Case& c : {Case{0, 0, 32}, Case{3, 40, 72}}) {
+        DictionaryFixture f({{c.first, SquareShape(c.first)}, {c.second, SquareShape(c.second)}});
+        EXPECT_EQ(f.dict.capacity, c.capacity);
+        for (unsigned i = 0; i < c.capacity; ++i)
+            EXPECT_EQ(f.dict.slots[i], i == c.first ? f.Tag(0) : i == c.second ? f.Tag(1) : nullptr) << i;
+        EXPECT_EQ(f.LastError(), c.first == c.second ? unsigned{kErrDuplicateId} : 0u);
+    }
 }
 
 TEST(GDictionaryTable, SecondDefinitionOfAnIdIsRefusedAndTheFirstStays) {
@@ -105,18 +103,14 @@ TEST(GDictionaryChars, GetTypeOfABuiltCharacterIsItsDefinitionCode) {
     EXPECT_EQ(ch->refCount, 1);
 }
 
-TEST(GDictionaryChars, LookupsOfUndefinedIdsPush2003) {
-    DictionaryFixture f({{1, SquareShape(1)}});
-    EXPECT_EQ(f.dict.NewChar(2), nullptr);
+TEST(GDictionaryChars, UndefinedIdsPush2003AndNonCharacterTagsPush2004) {
+    DictionaryFixture f({{1, swf::SetBackgroundColor({1, 2, 3, 255})}, {2, swf::ShowFrame()}});
+    EXPECT_EQ(f.dict.NewChar(3), nullptr);
     EXPECT_EQ(f.LastError(), unsigned{kErrUnknownId});
     EXPECT_EQ(f.dict.GetChar(500), nullptr);
     EXPECT_EQ(f.LastError(), unsigned{kErrUnknownId});
     EXPECT_EQ(f.dict.GetType(31), 0);
     EXPECT_EQ(f.LastError(), unsigned{kErrUnknownId});
-}
-
-TEST(GDictionaryChars, ATagThatDefinesNoCharacterPushes2004) {
-    DictionaryFixture f({{1, swf::SetBackgroundColor({1, 2, 3, 255})}, {2, swf::ShowFrame()}});
     EXPECT_EQ(f.dict.NewChar(1), nullptr);
     EXPECT_EQ(f.LastError(), unsigned{kErrNotCharacter});
     EXPECT_EQ(f.dict.NewChar(2), nullptr);  // code 1 lies outside the character codes
@@ -142,28 +136,19 @@ TEST(GDictionaryChars, AFailedLoadPushesTheKindsCodeAndKeepsTheRawTag) {
     }
 }
 
-TEST(GDictionaryPlacement, PlacingABitmapPlacesNothingReportsNothingAndFreesTheRecord) {
-    DictionaryFixture f({{6, swf::Tag(6, {6, 0, 0xFF, 0xD8, 0xFF, 0xD9})}});
-    GCTRL_INFO info = OwningPlacement(6, 1);
-    EXPECT_EQ(f.dict.NewActor(&info), nullptr);
-    EXPECT_EQ(f.LastError(), 0u);
-    EXPECT_EQ(info.matrix, nullptr);
-    EXPECT_EQ(info.cxform, nullptr);
-    EXPECT_EQ(info.name, nullptr);
-    EXPECT_EQ(f.dict.slots[6], f.Tag(0));
-}
-
-TEST(GDictionaryPlacement, PlacingAnUndefinedIdFreesTheRecord) {
-    DictionaryFixture f({});
-    GCTRL_INFO info = OwningPlacement(12, 1);
-    EXPECT_EQ(f.dict.NewActor(&info), nullptr);
-    EXPECT_EQ(f.LastError(), unsigned{kErrUnknownId});
-    EXPECT_EQ(info.matrix, nullptr);
-    EXPECT_EQ(info.cxform, nullptr);
-    EXPECT_EQ(info.name, nullptr);
-}
-
-TEST(GDictionaryPlacement, NoRecordPushes2002) {
+TEST(GDictionaryPlacement, PlacingABitmapOrAnUndefinedIdPlacesNothingAndFreesTheRecord) {
+    // A bitmap builds no character and is not an error; an unknown id is.
+    const std::pair<uint16_t, unsigned> cases[] = {{6, 0u}, {12, kErrUnknownId}};
+    for (const auto& [id, error] : cases) {
+        DictionaryFixture f({{6, swf::Tag(6, {6, 0, 0xFF, 0xD8, 0xFF, 0xD9})}});
+        GCTRL_INFO info = OwningPlacement(id, 1);
+        EXPECT_EQ(f.dict.NewActor(&info), nullptr);
+        EXPECT_EQ(f.LastError(), error);
+        EXPECT_EQ(info.matrix, nullptr);
+        EXPECT_EQ(info.cxform, nullptr);
+        EXPECT_EQ(info.name, nullptr);
+        EXPECT_EQ(f.dict.slots[6], f.Tag(0));
+    }
     DictionaryFixture f({});
     EXPECT_EQ(f.dict.NewActor(nullptr), nullptr);
     EXPECT_EQ(f.LastError(), unsigned{kErrNoPlacement});

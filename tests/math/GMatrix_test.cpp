@@ -120,7 +120,8 @@ TEST(GMatrixTest, CalRMatrixInvertsTheLinearPartAndKeepsTranslations) {
     }
     GMatrix m = Make(4, 0, 1, 0, 0.5, 2);
     EXPECT_EQ(m.Reverse(), 1);
-    EXPECT_TRUE(SameBits(m, Make(0.25, 0, 1, 0, 2, 2)));
+    EXPECT_EQ((std::array<double, 6>{m.m[0][0], m.m[0][1], m.m[0][2], m.m[1][0], m.m[1][1], m.m[1][2]}),
+              (std::array<double, 6>{0.25, 0, 1, 0, 2, 2}));
     // Singular linear parts are refused.
     double zeroRow[6] = {0, 0, 1, 3, 4, 2};
     EXPECT_EQ(CalRMatrix(zeroRow), 0);

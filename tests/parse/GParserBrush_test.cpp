@@ -72,29 +72,24 @@ TEST_F(BrushArrayTest, ZeroCountAndNonEmptyArray) {
     EXPECT_EQ(p.ScanUI8(), 0x5Au);
 }
 
-TEST_F(BrushArrayTest, CutCountFails) {
-    const swf::Bytes cut = {0xFF, 0x01};
-    auto buffer = Exact(cut);
-    GParser p;
-    Over(p, buffer.get(), cut.size());
-    GPointPoolArray<void> brushes;
-    EXPECT_EQ(p.ScanBrushArray(brushes, &dict_, 0, 0), 0);
-    EXPECT_EQ(brushes.GetCount(), 1);
-}
-
-TEST_F(BrushArrayTest, StylesRunningOutStopAtTheFirstOverrun) {
-    // 200 solid styles announced, one present: the rest are not read from
-    // nothing, the array keeps what was read and the flag is set.
-    swf::BitWriter w;
-    w.UI8(200).UI8(0).UI8(1).UI8(2).UI8(3);
-    const swf::Bytes bytes = w.Data();
-    auto buffer = Exact(bytes);
-    GParser p;
-    Over(p, buffer.get(), bytes.size());
-    GPointPoolArray<void> brushes;
-    EXPECT_EQ(p.ScanBrushArray(brushes, &dict_, 0, 0), 1);
-    EXPECT_EQ(p.error, 1);
-    EXPECT_LE(brushes.GetCount(), 3);
+TEST_F(BrushArrayTest, CutInputStopsAtTheFirstOverrun) {
+    // A cut count fails with only the placeholder. 200 solid styles
+    // announced with one present: the rest are not read from nothing, the
+    // array keeps what was read and the flag is set.
+    struct Case {
+        swf::Bytes bytes;
+        int result, maxCount;
+    };
+    for (const Case& c : {Case{{0xFF, 0x01}, 0, 1}, Case{{200, 0, 1, 2, 3}, 1, 3}}) {
+        auto buffer = Exact(c.bytes);
+        GParser p;
+        Over(p, buffer.get(), c.bytes.size());
+        GPointPoolArray<void> brushes;
+        EXPECT_EQ(p.ScanBrushArray(brushes, &dict_, 0, 0), c.result);
+        EXPECT_EQ(p.error, 1);
+        EXPECT_LE(brushes.GetCount(), c.maxCount);
+        EXPECT_GE(brushes.GetCount(), 1);
+    }
 }
 
 }  // namespace

@@ -5,6 +5,7 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <functional>
 #include <random>
 #include <string>
@@ -18,6 +19,14 @@ using parsetest::Exact;
 using parsetest::Over;
 using parsetest::Popped;
 using parsetest::Release;
+
+// A parser over exactly these bytes, with its own error stack.
+struct Fed {
+    std::unique_ptr<unsigned char[]> buffer;
+    GParser p;
+    GError e;
+    explicit Fed(const swf::Bytes& bytes) : buffer(Exact(bytes)) { Over(p, buffer.get(), bytes.size()); }
+};
 
 struct Reader {
     std::string name;
@@ -89,23 +98,15 @@ std::vector<Reader> Readers() {
 
 TEST(HostileRecordTest, EveryPrefixOfEveryRecordFailsWithItsCode) {
     for (const Reader& r : Readers()) {
-        {
-            auto whole = Exact(r.record);
-            GParser p;
-            GError e;
-            Over(p, whole.get(), r.record.size());
-            ASSERT_EQ(r.read(p, e), 1) << r.name;
-            ASSERT_EQ(p.error, 0) << r.name;
-        }
+        Fed whole(r.record);
+        ASSERT_EQ(r.read(whole.p, whole.e), 1) << r.name;
+        ASSERT_EQ(whole.p.error, 0) << r.name;
         for (size_t n = 1; n < r.record.size(); ++n) {
-            auto prefix = Exact(r.record, n);
-            GParser p;
-            GError e;
-            Over(p, prefix.get(), n);
-            EXPECT_EQ(r.read(p, e), 0) << r.name << " cut at " << n;
-            EXPECT_EQ(p.error, 1) << r.name << " cut at " << n;
-            EXPECT_EQ(Popped(e), r.code) << r.name << " cut at " << n;
-            EXPECT_EQ(e.GetErrorNum(), 0u);
+            Fed o(swf::Bytes(r.record.begin(), r.record.begin() + static_cast<std::ptrdiff_t>(n)));
+            EXPECT_EQ(r.read(o.p, o.e), 0) << r.name << " cut at " << n;
+            EXPECT_EQ(o.p.error, 1) << r.name << " cut at " << n;
+            EXPECT_EQ(Popped(o.e), r.code) << r.name << " cut at " << n;
+            EXPECT_EQ(o.e.GetErrorNum(), 0u);
         }
     }
 }
@@ -119,86 +120,78 @@ TEST(HostileRecordTest, RandomBytesFailOnlyWithTheirCode) {
         swf::Bytes bytes(1 + random() % 24);
         for (auto& b : bytes) b = static_cast<uint8_t>(random());
         const Reader& r = readers[static_cast<size_t>(round) % readers.size()];
-        auto buffer = Exact(bytes);
-        GParser p;
-        GError e;
-        Over(p, buffer.get(), bytes.size());
-        const int result = r.read(p, e);
-        EXPECT_EQ(result == 0, p.error == 1) << r.name << " round " << round;
-        EXPECT_EQ(Popped(e), result ? 0u : r.code) << r.name << " round " << round;
+        Fed o(bytes);
+        const int result = r.read(o.p, o.e);
+        EXPECT_EQ(result == 0, o.p.error == 1) << r.name << " round " << round;
+        EXPECT_EQ(Popped(o.e), result ? 0u : r.code) << r.name << " round " << round;
     }
 }
 
 TEST(HostileRecordTest, ReadersAfterAnEarlierOverrunAllFail) {
-    const swf::Bytes nothing = {0};
     for (const Reader& r : Readers()) {
-        auto buffer = Exact(nothing);
-        GParser p;
-        GError e;
-        Over(p, buffer.get(), 1);
-        p.ScanUI16();
-        EXPECT_EQ(r.read(p, e), 0) << r.name;
-        EXPECT_EQ(Popped(e), r.code) << r.name;
+        Fed o({0});
+        o.p.ScanUI16();
+        EXPECT_EQ(r.read(o.p, o.e), 0) << r.name;
+        EXPECT_EQ(Popped(o.e), r.code) << r.name;
     }
 }
 
-TEST(HostileRecordTest, GradientPushesColourThenGradientCode) {
-    const swf::Bytes record = {7, 1};
-    auto buffer = Exact(record);
-    GParser p;
-    GError e;
-    Over(p, buffer.get(), record.size());
-    _GGRADIENT g = {};
-    EXPECT_EQ(p.ScanGradient(g, 0, &e), 0);
-    EXPECT_EQ(g.ratio, 7u);  // stored whatever follows
-    // One slot: the outer code is the one left.
-    EXPECT_EQ(Popped(e), kErrGradient);
+TEST(HostileRecordTest, FailedReadersLeaveOnlyWhatTheyReadBefore) {
+    {
+        Fed o({7, 1});
+        _GGRADIENT g = {};
+        EXPECT_EQ(o.p.ScanGradient(g, 0, &o.e), 0);
+        EXPECT_EQ(g.ratio, 7u);  // stored whatever follows
+        EXPECT_EQ(Popped(o.e), kErrGradient);  // one slot: the outer code is the one left
+    }
+    {
+        swf::BitWriter w;
+        w.UB(7, 5).SB(-3, 7);
+        Fed o(w.Data());
+        _TWIPPOINT t = {9, 9};
+        EXPECT_EQ(o.p.ScanTwipPoint(t, &o.e), 0);
+        EXPECT_EQ(t.x, -3);  // the fields are written even on failure
+        EXPECT_EQ(t.y, -1);
+    }
+    {
+        Fed o({0xFF});
+        _GRECT r = {1, 2, 3, 4};
+        EXPECT_EQ(o.p.ScanSWFRect(r, &o.e), 0);
+        EXPECT_EQ(r.left, 1);
+        EXPECT_EQ(r.bottom, 4);
+        GCxform c;
+        c.redAdd = 77;
+        EXPECT_EQ(o.p.ScanColorMatrix(c, 1, &o.e), 0);
+        EXPECT_EQ(c.redAdd, 77);
+        _GRGBA col = {5, 6, 7, 8};
+        EXPECT_EQ(o.p.ScanRGBAColor(col, 1, &o.e), 0);
+        EXPECT_EQ(col.red, 5);
+    }
+    {
+        Fed o({0xFF, 0x2C});  // escape, then half of a UI16
+        GDataArray<_GSWFPEN> pens;
+        EXPECT_EQ(o.p.ScanPenArray(pens, 0, &o.e, 0), 0);
+        EXPECT_EQ(Popped(o.e), kErrPenArray);
+        EXPECT_EQ(pens.GetCount(), 1);  // the placeholder only
+    }
 }
 
-TEST(HostileRecordTest, TwipPointFieldsAreWrittenEvenOnFailure) {
-    swf::BitWriter w;
-    w.UB(7, 5).SB(-3, 7);
-    const swf::Bytes record = w.Data();
-    auto buffer = Exact(record);
+// The first n bytes of a placement tag (all by default) in a buffer of
+// exactly that size, read by the reader its code selects.
+struct Placement {
+    std::unique_ptr<unsigned char[]> buffer;
     GParser p;
     GError e;
-    Over(p, buffer.get(), record.size());
-    _TWIPPOINT t = {9, 9};
-    EXPECT_EQ(p.ScanTwipPoint(t, &e), 0);
-    EXPECT_EQ(t.x, -3);
-    EXPECT_EQ(t.y, -1);
-}
-
-TEST(HostileRecordTest, FailedRecordsLeaveTheirOutputsUntouched) {
-    const swf::Bytes record = {0xFF};
-    auto buffer = Exact(record);
-    GParser p;
-    GError e;
-    Over(p, buffer.get(), 1);
-    _GRECT r = {1, 2, 3, 4};
-    EXPECT_EQ(p.ScanSWFRect(r, &e), 0);
-    EXPECT_EQ(r.left, 1);
-    EXPECT_EQ(r.bottom, 4);
-    GCxform c;
-    c.redAdd = 77;
-    EXPECT_EQ(p.ScanColorMatrix(c, 1, &e), 0);
-    EXPECT_EQ(c.redAdd, 77);
-    _GRGBA col = {5, 6, 7, 8};
-    EXPECT_EQ(p.ScanRGBAColor(col, 1, &e), 0);
-    EXPECT_EQ(col.red, 5);
-}
-
-TEST(HostileRecordTest, PenArrayCountFailureAndEscapedCount) {
-    const swf::Bytes record = {0xFF, 0x2C};  // escape, then half of a UI16
-    auto buffer = Exact(record);
-    GParser p;
-    GError e;
-    Over(p, buffer.get(), record.size());
-    GDataArray<_GSWFPEN> pens;
-    EXPECT_EQ(p.ScanPenArray(pens, 0, &e, 0), 0);
-    EXPECT_EQ(Popped(e), kErrPenArray);
-    EXPECT_EQ(pens.GetCount(), 1);  // the placeholder only
-}
+    GCTRL_INFO info = {};
+    int result = -1;  // no placement code
+    explicit Placement(const swf::Bytes& tag, size_t n = SIZE_MAX) : buffer(Exact(tag, n)) {
+        unsigned total = 0;
+        const unsigned code = p.InitTagHead(buffer.get(), &total, buffer.get() + std::min(n, tag.size()));
+        if (code == swf::kPlaceObject2) result = p.LoadCtrlPlace2(total, &info, &e);
+        if (code == swf::kPlaceObject) result = p.LoadCtrlPlace(total, &info, &e);
+    }
+    ~Placement() { Release(info); }
+};
 
 // A placement tag whose declared length cuts its record: the reader fails
 // with its code and leaves what it allocated for the caller to release.
@@ -216,47 +209,31 @@ TEST(HostilePlacementTest, DeclaredLengthCutsEveryPrefix) {
     p2.ratio = 4;
     p2.clipDepth = 5;
     p2.name = "abc";
-    struct Case {
-        swf::Bytes tag;
-        unsigned code;
-        bool second;
-    };
-    const Case cases[] = {
-        {swf::PlaceObject(1, 2, m, cx), kErrPlaceObject, false},
-        {swf::PlaceObject2(p2), kErrPlaceObject2, true},
-    };
     swf::BitWriter matrixOnly;
     swf::WriteMatrix(matrixOnly, m);
     const size_t matrixEnd = 4 + matrixOnly.Size();
-    for (const Case& c : cases) {
-        const swf::Bytes body(c.tag.begin() + 2, c.tag.end());
+    for (const swf::Bytes& whole : {swf::PlaceObject(1, 2, m, cx), swf::PlaceObject2(p2)}) {
+        const bool second = (whole[0] >> 6 | whole[1] << 2) == swf::kPlaceObject2;
+        const swf::Bytes body(whole.begin() + 2, whole.end());
         // The byte at the range's end is still read, so the readable body is
         // one byte longer than the declared length.
         for (size_t n = 0; n + 1 < body.size(); ++n) {
-            const swf::Bytes tag = swf::TagWithLength(c.second ? swf::kPlaceObject2 : swf::kPlaceObject, body,
-                                                      static_cast<uint32_t>(n));
-            auto buffer = Exact(tag);
-            GParser p;
-            GError e;
-            unsigned total = 0;
-            p.InitTagHead(buffer.get(), &total, buffer.get() + tag.size());
-            GCTRL_INFO info = {};
-            const int result = c.second ? p.LoadCtrlPlace2(total, &info, &e) : p.LoadCtrlPlace(total, &info, &e);
-            if (!c.second && (n + 1 == matrixEnd || n == matrixEnd)) {
+            Placement r(swf::TagWithLength(second ? swf::kPlaceObject2 : swf::kPlaceObject, body,
+                                           static_cast<uint32_t>(n)));
+            if (!second && (n + 1 == matrixEnd || n == matrixEnd)) {
                 // Cut right after the matrix: no colour transform, still placed.
-                EXPECT_EQ(result, 1) << n;
-                EXPECT_EQ(info.cxform, nullptr) << n;
-            } else if (c.second && n + 3 >= body.size()) {
+                EXPECT_EQ(r.result, 1) << n;
+                EXPECT_EQ(r.info.cxform, nullptr) << n;
+            } else if (second && n + 3 >= body.size()) {
                 // Cut inside the final name: an unterminated name loses its
                 // last readable byte and the placement still succeeds.
-                EXPECT_EQ(result, 3) << n;
-                ASSERT_NE(info.name, nullptr);
-                EXPECT_LT(std::string(info.name).size(), 2u) << n;
+                EXPECT_EQ(r.result, 3) << n;
+                ASSERT_NE(r.info.name, nullptr);
+                EXPECT_LT(std::string(r.info.name).size(), 2u) << n;
             } else {
-                EXPECT_EQ(result, 0) << n;
-                EXPECT_EQ(Popped(e), c.code) << n;
+                EXPECT_EQ(r.result, 0) << n;
+                EXPECT_EQ(Popped(r.e), second ? kErrPlaceObject2 : kErrPlaceObject) << n;
             }
-            Release(info);
         }
     }
 }
@@ -267,20 +244,8 @@ TEST(HostilePlacementTest, BufferEndingInsideTheTagReadsZeros) {
     p2.matrix = swf::Matrix::Translate(-9999, 9999);
     p2.name = "long-name";
     p2.clipDepth = 2;
-    const swf::Bytes tags[] = {swf::PlaceObject2(p2), swf::PlaceObject(1, 1, *p2.matrix, swf::Cxform{})};
-    for (const swf::Bytes& tag : tags) {
-        for (size_t n = 0; n <= tag.size(); ++n) {
-            auto buffer = Exact(tag, n);
-            GParser p;
-            GError e;
-            unsigned total = 0;
-            const unsigned code = p.InitTagHead(buffer.get(), &total, buffer.get() + n);
-            GCTRL_INFO info = {};
-            if (code == swf::kPlaceObject2) p.LoadCtrlPlace2(total, &info, &e);
-            if (code == swf::kPlaceObject) p.LoadCtrlPlace(total, &info, &e);
-            Release(info);
-        }
-    }
+    for (const swf::Bytes& tag : {swf::PlaceObject2(p2), swf::PlaceObject(1, 1, *p2.matrix, swf::Cxform{})})
+        for (size_t n = 0; n <= tag.size(); ++n) Placement r(tag, n);  // the sanitizer checks the reads
 }
 
 TEST(HostilePlacementTest, RandomPlacementBodies) {
@@ -289,54 +254,27 @@ TEST(HostilePlacementTest, RandomPlacementBodies) {
         swf::Bytes body(random() % 40);
         for (auto& b : body) b = static_cast<uint8_t>(random());
         const bool second = round % 2;
-        const swf::Bytes tag = swf::TagWithLength(second ? swf::kPlaceObject2 : swf::kPlaceObject, body,
-                                                  static_cast<uint32_t>(random() % 48));
-        auto buffer = Exact(tag);
-        GParser p;
-        GError e;
-        unsigned total = 0;
-        p.InitTagHead(buffer.get(), &total, buffer.get() + tag.size());
-        GCTRL_INFO info = {};
-        const int result = second ? p.LoadCtrlPlace2(total, &info, &e) : p.LoadCtrlPlace(total, &info, &e);
-        EXPECT_EQ(Popped(e), result ? 0u : (second ? kErrPlaceObject2 : kErrPlaceObject)) << round;
-        if (result) {
-            EXPECT_EQ(p.error, 0) << round;
-        }
-        Release(info);
+        Placement r(swf::TagWithLength(second ? swf::kPlaceObject2 : swf::kPlaceObject, body,
+                                       static_cast<uint32_t>(random() % 48)));
+        EXPECT_EQ(Popped(r.e), r.result ? 0u : (second ? kErrPlaceObject2 : kErrPlaceObject)) << round;
+        EXPECT_EQ(r.result ? r.p.error : 0, 0) << round;
     }
 }
 
-TEST(HostilePlacementTest, PlaceObject2WithoutMoveOrCharacterIsRejected) {
-    swf::Place2 p2;
-    p2.matrix = swf::Matrix::Translate(1, 1);
-    const swf::Bytes tag = swf::PlaceObject2(p2);
-    auto buffer = Exact(tag);
-    GParser p;
-    GError e;
-    unsigned total = 0;
-    p.InitTagHead(buffer.get(), &total, buffer.get() + tag.size());
-    GCTRL_INFO info = {};
-    EXPECT_EQ(p.LoadCtrlPlace2(total, &info, &e), 0);
-    EXPECT_EQ(Popped(e), kErrPlaceObject2);
-    EXPECT_NE(info.matrix, nullptr);  // left for the caller
-    Release(info);
-}
-
-TEST(HostilePlacementTest, MatrixFailureInsidePlaceObject2LeavesTheOuterCode) {
-    // Flags: character and matrix; the matrix claims 31-bit fields that the
+TEST(HostilePlacementTest, RejectedPlaceObject2LeavesTheOuterCodeAndItsAllocations) {
+    swf::Place2 neither;  // neither move nor character
+    neither.matrix = swf::Matrix::Translate(1, 1);
+    // Character and matrix, where the matrix claims 31-bit fields that the
     // tag does not hold.
-    const swf::Bytes body = {0x06, 1, 0, 2, 0, 0x80 | (31 << 2)};
-    const swf::Bytes tag = swf::Tag(swf::kPlaceObject2, body);
-    auto buffer = Exact(tag);
-    GParser p;
-    GError e;
-    unsigned total = 0;
-    p.InitTagHead(buffer.get(), &total, buffer.get() + tag.size());
-    GCTRL_INFO info = {};
-    EXPECT_EQ(p.LoadCtrlPlace2(total, &info, &e), 0);
-    EXPECT_EQ(Popped(e), kErrPlaceObject2);
-    EXPECT_EQ(Popped(e), 0u);
-    Release(info);
+    const swf::Bytes cutMatrix = swf::Tag(swf::kPlaceObject2, {0x06, 1, 0, 2, 0, 0x80 | (31 << 2)});
+    const std::pair<swf::Bytes, bool> cases[] = {{swf::PlaceObject2(neither), true}, {cutMatrix, false}};
+    for (const auto& [tag, matrixRead] : cases) {
+        Placement r(tag);
+        EXPECT_EQ(r.result, 0);
+        EXPECT_EQ(Popped(r.e), kErrPlaceObject2);
+        EXPECT_EQ(Popped(r.e), 0u);
+        EXPECT_TRUE(!matrixRead || r.info.matrix != nullptr);  // left for the caller to release
+    }
 }
 
 TEST(HostileLabelTest, TagStreamsThatRunOutGiveMinusOne) {
