@@ -11,6 +11,12 @@
 
 namespace host {
 
+// Opaque colours as premultiplied ARGB pixels.
+constexpr uint32_t kWhite = 0xFFFFFFFFu;
+constexpr uint32_t kRed = 0xFFFF0000u;
+constexpr uint32_t kGreen = 0xFF00FF00u;
+constexpr uint32_t kBlue = 0xFF0000FFu;
+
 // Opens a movie kept alive as long as the handle.
 class Engine {
 public:

@@ -14,10 +14,10 @@
 
 namespace textscene {
 
-constexpr uint32_t kWhite = 0xFFFFFFFFu;
-constexpr uint32_t kRed = 0xFFFF0000u;
-constexpr uint32_t kBlue = 0xFF0000FFu;
-constexpr uint32_t kGreen = 0xFF00FF00u;
+using host::kBlue;
+using host::kGreen;
+using host::kRed;
+using host::kWhite;
 
 // A movie of w x h pixels on a white background: the definition tags, then
 // a PlaceObject2 of character `id` at depth 1, then one frame.

@@ -18,10 +18,10 @@ using swf::ButtonRecord;
 using swf::Matrix;
 using swf::Place;
 
-constexpr uint32_t kWhite = 0xFFFFFFFF;
-constexpr uint32_t kRed = 0xFFFF0000;
-constexpr uint32_t kGreen = 0xFF00FF00;
-constexpr uint32_t kBlue = 0xFF0000FF;
+using host::kBlue;
+using host::kGreen;
+using host::kRed;
+using host::kWhite;
 
 // A 100 x 100 pixel movie on white: definitions, then one frame of
 // placements and 29 empty frames.
@@ -39,14 +39,7 @@ void Step(Engine& e, host::Pixels& px) {
     zelEnginePlay(e.get(), px.get(), 0, 0, px.width, px.height, 0);
 }
 
-ButtonRecord Record(uint8_t states, uint16_t id, uint16_t layer, const Matrix& m = {}) {
-    ButtonRecord r;
-    r.states = states;
-    r.characterId = id;
-    r.layer = layer;
-    r.matrix = m;
-    return r;
-}
+using swf::Record;
 
 // Red, green and blue 10 px squares at the origin.
 std::vector<Bytes> Squares() {

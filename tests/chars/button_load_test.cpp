@@ -21,14 +21,7 @@ using swf::Matrix;
 
 BButton* Build(DictionaryFixture& f, uint16_t id) { return static_cast<BButton*>(f.dict.NewChar(id)); }
 
-ButtonRecord Record(uint8_t states, uint16_t id, uint16_t layer, const Matrix& m = {}) {
-    ButtonRecord r;
-    r.states = states;
-    r.characterId = id;
-    r.layer = layer;
-    r.matrix = m;
-    return r;
-}
+using swf::Record;
 
 std::vector<uint16_t> Ids(BButton* b) {
     std::vector<uint16_t> out;

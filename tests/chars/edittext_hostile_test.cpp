@@ -3,7 +3,6 @@
 // glyph walk is bounded, device text stays terminated, nothing hangs.
 #include <gtest/gtest.h>
 
-#include <chrono>
 #include <cstring>
 #include <string>
 
@@ -70,9 +69,7 @@ TEST(EditTextHostile, VeryLongTextIsBoundedOnBothPaths) {
     const std::string device = glyphs + "z";
     for (const std::string* text : {&glyphs, &device}) {
         g_bytes = 0;
-        const auto start = std::chrono::steady_clock::now();
         textmovie::Play(textmovie::Movie({Font(), Field(*text, swf::kEditWordWrap, 20)}, 2), Read);
-        EXPECT_LT(std::chrono::duration<double>(std::chrono::steady_clock::now() - start).count(), 10.0);
         // The host receives the whole text; the glyph path sends nothing.
         EXPECT_EQ(g_bytes, text == &device ? device.size() + 4 : 0u);
     }

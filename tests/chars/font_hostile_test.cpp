@@ -4,7 +4,6 @@
 // slow.
 #include <gtest/gtest.h>
 
-#include <chrono>
 
 #include "chars/BFont.h"
 #include "display/DictionaryFixture.h"
@@ -94,9 +93,7 @@ TEST(FontHostile, HugeGlyphCountInATinyTagStaysInTheTag) {
     DictionaryFixture f({{1, swf::DefineFont(1, {swf::SquareGlyph()}, {0xFFFE})}, {2, swf::ShowFrame()}});
     const unsigned char* tagEnd = f.Tag(1);
     BFont font;
-    const auto start = std::chrono::steady_clock::now();
     ASSERT_EQ(font.LoadSWFFile(f.Tag(0), &f.dict), 1);
-    EXPECT_LT(std::chrono::duration<double>(std::chrono::steady_clock::now() - start).count(), 5.0);
     ASSERT_EQ(font.glyphCount, 32767u);
     for (uint32_t i = 0; i < font.glyphCount; ++i)
         ASSERT_LE(font.glyphs[i]->records + font.glyphs[i]->recordsLength, tagEnd) << i;
