@@ -1,7 +1,8 @@
 #!/usr/bin/env bash
 # Runs every bench_* program of a build and prints one table with a row per
-# scene: the time of each renderer (tov, cairo, and any other a program
-# reports) and the cairo/tov ratio. Benchmarks are named "scene/renderer".
+# scene: the time of each renderer (tov, the engine, cairo, AGG) and the
+# ratios of tov and of the engine to the faster of cairo and AGG (below 1:
+# faster than both). Benchmarks are named "scene/renderer".
 #   bench/run.sh [build-dir] [extra Google Benchmark flags...]
 set -euo pipefail
 build=${1:-build}
@@ -34,16 +35,17 @@ for path in sys.argv[1:]:
             times[scene] = {}
             order.append(scene)
         times[scene][renderer] = b["cpu_time"] * scale[b.get("time_unit", "ns")]
-renderers = ["tov", "cairo"]
+renderers = ["tov", "engine", "cairo", "agg"]
 for scene in order:
     renderers += [r for r in times[scene] if r not in renderers]
-head = ["scene"] + [r + " ms" for r in renderers] + ["cairo/tov"]
+def ratio(t, r):
+    peers = [t[p] for p in ("cairo", "agg") if p in t]
+    return "%.2fx" % (t[r] / min(peers)) if r in t and peers else "-"
+head = ["scene"] + [r + " ms" for r in renderers] + ["tov/best", "engine/best"]
 rows = []
 for scene in order:
     t = times[scene]
-    row = [scene] + ["%.2f" % t[r] if r in t else "-" for r in renderers]
-    row.append("%.2fx" % (t["cairo"] / t["tov"]) if "tov" in t and "cairo" in t else "-")
-    rows.append(row)
+    rows.append([scene] + ["%.2f" % t[r] if r in t else "-" for r in renderers] + [ratio(t, "tov"), ratio(t, "engine")])
 width = [max(len(r[i]) for r in rows + [head]) for i in range(len(head))]
 for r in [head] + rows:
     print("  ".join(c.ljust(w) if i == 0 else c.rjust(w) for i, (c, w) in enumerate(zip(r, width))))
