@@ -30,6 +30,8 @@ tovCanvas *tovCreate(const tovBuffer *buffer)
     c->bytesPerPixel = bpp;
     c->pixels = reinterpret_cast<uint8_t *>(buffer->pixels);
     c->stride = stride;
+    c->native = buffer->format == 280 && buffer->pixels % intptr_t(alignof(uint32_t)) == 0 &&
+                stride % intptr_t(alignof(uint32_t)) == 0;
     c->clip = Box{buffer->x, buffer->y, buffer->x + buffer->width, buffer->y + buffer->height};
     return c;
 }
@@ -44,6 +46,8 @@ void tovDestroy(tovCanvas *c)
         o = next;
     }
     releaseMasks(c);
+    for (size_t i = 0; i < c->rowCells.size(); ++i)
+        delete c->rowCells[i];
     delete c;
 }
 

@@ -1,6 +1,7 @@
 // internal.h: the rasterizer's private types shared by its source files: the
-// canvas with its reusable scratch buffers, pens and brushes, masks, and the
-// entry points between path building, scan conversion, stroking and painting.
+// canvas with its reusable scratch buffers, pens and brushes, masks, the
+// pixel arithmetic, and the entry points between path recording, stroking,
+// scan conversion, sweeping and compositing.
 #ifndef TOV_INTERNAL_H
 #define TOV_INTERNAL_H
 
@@ -25,13 +26,13 @@ constexpr double kTolerance = 0.1;
 constexpr int kMaxMasks = 64;
 // Deepest nesting of tovBeginCanvas groups that is tracked.
 constexpr int kMaxGroups = 256;
-// Accumulation cells per band: large shapes are scanned in bands of rows so
-// that scratch memory stays bounded whatever the shape's size.
-constexpr size_t kBandCells = size_t(1) << 20;
+// Accumulation cells per band: a shape is scanned in bands of rows whose
+// cells (4 bytes each) stay in cache, whatever the shape's size.
+constexpr size_t kBandCells = size_t(1) << 16;
 
 // A growable array of plain values. It keeps its capacity when cleared,
 // which is what lets frames after the first run allocation-free; growth
-// failures are reported, never thrown.
+// (geometric) failures are reported, never thrown.
 template <class T>
 class Array {
     static_assert(std::is_trivially_copyable<T>::value, "plain values only");
@@ -100,6 +101,10 @@ private:
 // out bit for bit like the same area of a full redraw).
 constexpr int kFixedShift = 8;
 constexpr int32_t kFixedOne = 1 << kFixedShift;
+// A pixel's whole area in the scan converter's units: a piece of edge of
+// height h (fixed point) crossing a pixel adds 2 kFixedOne h to it in all.
+constexpr int kFullShift = 2 * kFixedShift + 1;
+constexpr uint32_t kFull = 1u << kFullShift;
 
 // One straight edge for scan conversion, in fixed point. A style's winding
 // weight for the edge is [left == style] - [right == style]; strokes store
@@ -121,25 +126,37 @@ struct Point {
     double x, y;
 };
 
-// One fill style or pen of a path set, the bounds of its edges (fixed
-// point) and where its edges are listed.
-struct StyleInfo {
-    int32_t index;
-    int32_t minX, minY, maxX, maxY;
-    uint32_t first, count;
-};
-
 // A rectangle of whole pixels, right and bottom exclusive.
 struct Box {
     int left, top, right, bottom;
     bool empty() const { return left >= right || top >= bottom; }
 };
 
-// An 8-bit coverage mask over `box`, rows of box width.
+inline Box intersect(const Box &a, const Box &b)
+{
+    Box r{a.left > b.left ? a.left : b.left, a.top > b.top ? a.top : b.top, a.right < b.right ? a.right : b.right,
+          a.bottom < b.bottom ? a.bottom : b.bottom};
+    return r;
+}
+
+// An 8-bit coverage mask over the clip box it was started in. Only the part
+// that was drawn is kept up to date: each row holds values in [lo, hi) and
+// is zero elsewhere, `bounds` encloses every row's part, and a mask that is
+// one full-coverage rectangle is flagged so that drawing through it only
+// narrows the clip.
 struct Mask {
     Box box;
-    Array<uint8_t> alpha;
+    Array<uint8_t> alpha;      // rows of box width
+    Array<int32_t> lo, hi;     // per row of box
+    Box bounds;
+    bool rectangle;
     int baseDepth; // masks that were open when this one started building
+
+    uint8_t *row(int y) { return alpha.data() + size_t(y - box.top) * size_t(box.right - box.left) - box.left; }
+    const uint8_t *row(int y) const
+    {
+        return alpha.data() + size_t(y - box.top) * size_t(box.right - box.left) - box.left;
+    }
 };
 
 enum ObjectKind : uint8_t { kFree, kPen, kSolid, kLinear, kRadial, kInvisible };
@@ -160,49 +177,71 @@ inline int64_t roundToInt(double v)
     return int64_t(v + (kOffset + 0.5)) - int64_t(kOffset);
 }
 
-// Premultiplied ARGB word from straight colour bytes.
-uint32_t premultiply(unsigned r, unsigned g, unsigned b, unsigned a);
-// Each channel of a premultiplied word scaled by a / 255: multiplying by
-// a + a / 128 (0..256) and rounding off 8 bits is exact at 0 and 255 and
-// off by at most one level in between, for two multiplies per pixel.
-inline uint32_t scalePixel(uint32_t p, unsigned a)
-{
-    a += a >> 7;
-    uint32_t rb = (((p & 0x00ff00ffu) * a + 0x00800080u) >> 8) & 0x00ff00ffu;
-    uint32_t ag = (((p >> 8) & 0x00ff00ffu) * a + 0x00800080u) & 0xff00ff00u;
-    return rb | ag;
-}
-// Source-over of premultiplied src onto premultiplied dst.
-inline uint32_t over(uint32_t src, uint32_t dst)
-{
-    return src + scalePixel(dst, 255u - (src >> 24));
-}
+// x * y / 255 rounded to nearest, exact for x, y <= 255.
 inline unsigned mul255(unsigned a, unsigned b)
 {
     unsigned t = a * b + 128u;
     return (t + (t >> 8)) >> 8;
 }
+// Each channel of a premultiplied word times a / 255, rounded to nearest.
+inline uint32_t scalePixel(uint32_t p, unsigned a)
+{
+    uint32_t rb = (p & 0x00ff00ffu) * a + 0x00800080u;
+    uint32_t ag = ((p >> 8) & 0x00ff00ffu) * a + 0x00800080u;
+    rb = ((rb + ((rb >> 8) & 0x00ff00ffu)) >> 8) & 0x00ff00ffu;
+    ag = (ag + ((ag >> 8) & 0x00ff00ffu)) & 0xff00ff00u;
+    return rb | ag;
+}
+// Source-over of premultiplied src onto premultiplied dst.
+inline uint32_t over(uint32_t src, uint32_t dst) { return src + scalePixel(dst, 255u - (src >> 24)); }
+
+// Premultiplied ARGB word from straight colour bytes.
+uint32_t premultiply(unsigned r, unsigned g, unsigned b, unsigned a);
 
 } // namespace tov
 
-// A pen or a brush. Gradients carry their inverse matrix and a 256-entry
-// premultiplied colour table so painting a pixel is one lookup.
+// A pen or a brush. Gradients carry their inverse matrix in table units per
+// pixel and a 256-entry premultiplied colour table, so a pixel's colour is
+// integer steps and one lookup.
 struct tovObject {
     uint8_t kind;
-    double radius;         // pens: half the stroke width in pixels
-    uint32_t color;        // pens and solid brushes: premultiplied ARGB
-    double inverse[6];     // gradients: output pixel -> gradient square
-    bool opaque;           // every colour it paints has alpha 255
-    uint32_t table[256];   // gradients: premultiplied colour per ratio
-    tovObject *nextFree;   // free list of the owning canvas
-    tovObject *nextAll;    // every object the canvas made, for tovDestroy
+    double radius;       // pens: half the stroke width in pixels
+    double arcCos, arcSin; // pens: rotation by the angle of one chord of a round join or cap
+    double arcGrow;        // pens: how far inner arc vertices sit outside the circle
+    uint32_t color;      // pens and solid brushes: premultiplied ARGB
+    double inverse[6];   // gradients: output pixel -> gradient square
+    bool opaque;         // every colour it paints has alpha 255
+    uint32_t table[256]; // gradients: premultiplied colour per ratio
+    tovObject *nextFree; // free list of the owning canvas
+    tovObject *nextAll;  // every object the canvas made, for tovDestroy
 };
+
+namespace tov {
+
+// Sparse cell of a shape whose fills share edges: at column x of its row,
+// cover and twice-area (as in the dense grid) for the fill on the edge's
+// left; the fill on its right takes the negation. Slots are the path set's
+// drawing styles counted from 1, 0 meaning none.
+struct Cell {
+    int32_t x;
+    int32_t cover, area;
+    uint16_t left, right;
+};
+
+// A drawing style of a compound path set.
+struct StyleSlot {
+    const tovObject *brush;
+    int32_t end; // first column right of the style's edges, relative to the area
+};
+
+} // namespace tov
 
 struct tovCanvas {
     tovBuffer buffer;
     int bytesPerPixel;
     uint8_t *pixels;
     intptr_t stride;
+    bool native; // premultiplied ARGB words, aligned: painted in place
     tov::Box clip;
 
     // Path set being recorded.
@@ -215,23 +254,31 @@ struct tovCanvas {
     tov::Array<tovObject *> brushes;
     tov::Array<tovObject *> pens;
 
-    // Scan conversion scratch.
+    // Stroking scratch.
     tov::Array<tov::Edge> strokeEdges;
+    tov::Array<tov::Edge> sortedEdges;
     tov::Array<tov::Point> strokeVerts;
-    tov::Array<uint32_t> cells;
-    tov::Array<int32_t> rowMin, rowMax;
-    size_t cellsZeroed; // cells are kept all zero up to here between uses
-    tov::Array<uint8_t> coverage;
-    tov::Array<float> coverageF;
-    tov::Array<float> layer;
-    size_t layerZeroed; // the layer too
-    tov::Array<uint32_t> span;
-    tov::Array<uint32_t> row;
-    tov::Array<uint8_t> selected;
-    tov::Array<int32_t> styleSlot;
-    tov::Array<tov::StyleInfo> styles;
-    tov::Array<int32_t> edgeSlots;
-    tov::Array<uint32_t> styleEdges;
+
+    // Scan conversion scratch, all kept from frame to frame.
+    tov::Array<int8_t> weight;       // per style index: its weight in a one-style pass
+    tov::Array<uint16_t> slotOf;     // per brush index: its compound slot, 0 none
+    tov::Array<tov::StyleSlot> slots;
+    tov::Array<uint32_t> bandCount;  // edges starting in each band
+    tov::Array<uint32_t> edgeOrder;  // edges by band of their top
+    tov::Array<uint32_t> active;     // edges meeting the current band
+    tov::Array<uint32_t> cells;      // dense grid, all zero between uses
+    size_t cellsZeroed;
+    tov::Array<uint64_t> touched;    // one bit per dense cell written, zero between uses
+    size_t touchedZeroed;
+    tov::Array<tov::Array<tov::Cell> *> rowCells; // sparse cells per row of a band
+    // Compound sweep state per slot.
+    tov::Array<uint32_t> wind, value, stamp;
+    uint32_t generation;
+    tov::Array<int32_t> activePos;
+    tov::Array<uint16_t> activeSlots, touchedSlots;
+    // Span scratch.
+    tov::Array<uint8_t> coverage, maskedCoverage;
+    tov::Array<uint32_t> colors, row;
 
     // Groups, masks under construction and open masks.
     int groupKinds[tov::kMaxGroups];
@@ -264,27 +311,35 @@ inline uint8_t *pixelAddress(tovCanvas *c, int x, int y)
     return c->pixels + (y - c->buffer.y) * c->stride + (x - c->buffer.x) * c->bytesPerPixel;
 }
 
-// paint.cpp: blending of coverage rows into the buffer.
-// Paints n pixels of row y from x with the brush at 8-bit coverage.
-void paintRow(tovCanvas *c, const tovObject *brush, int y, int x, int n, const uint8_t *cov);
-// Colours of a brush for n pixels of row y from x, premultiplied.
-void brushColors(const tovObject *brush, int y, int x, int n, uint32_t *out);
-// Adds coverage times the brush's colour into a float layer (4 per pixel).
-void addToLayer(tovCanvas *c, const tovObject *brush, int y, int x, int n, const float *cov,
-                float *layer);
-// Composites a float layer row (source-over) into the buffer and clears it.
-void compositeLayer(tovCanvas *c, int y, int x, int n, float *layer);
+// brush.cpp: colours of a gradient for n pixels of row y from x, and of one
+// pixel; both give every pixel the value it has whatever run it is part of.
+void gradientColors(const tovObject *brush, int y, int x, int n, uint32_t *out);
+uint32_t colorAt(const tovObject *brush, int x, int y);
+
+// Where coverage goes: the buffer through a brush (and the open mask), or a
+// mask under construction.
+struct Target {
+    tovCanvas *c;
+    Mask *builder;      // non-null: coverage is merged into this mask
+    const Mask *mask;   // mask multiplying the coverage, or null
+};
+// span.cpp: n pixels of row y from x at one coverage, or at the given
+// coverages, painted with the brush (ignored for a mask under construction).
+void paintRun(const Target &t, const tovObject *brush, int y, int x, int n, unsigned alpha);
+void paintSpan(const Target &t, const tovObject *brush, int y, int x, int n, const uint8_t *cov);
+// One pixel of an already premultiplied colour (of several fills mixed).
+void paintPixel(const Target &t, int y, int x, uint32_t color);
 
 // mask.cpp
-// Multiplies a coverage row by the open mask when more than minDepth masks
-// are open; false when nothing is left to draw.
-bool applyMask(tovCanvas *c, int minDepth, int y, int x, int n, uint8_t *cov);
+// The mask that multiplies drawing into the buffer (null when none or when
+// it is a rectangle), and the box that drawing is cut to; false when
+// nothing may be drawn at all.
+bool drawingMask(tovCanvas *c, int minDepth, const Mask **mask, Box *limit);
 // True while drawing goes into a mask under construction (*builder is null
 // when that mask could not be made: the drawing is then dropped).
 bool maskTarget(tovCanvas *c, Mask **builder);
-// Merges a coverage row into a mask under construction (union), through the
-// masks opened since it started.
-void addToBuilder(tovCanvas *c, Mask *m, int y, int x, int n, uint8_t *cov);
+// Merges a coverage row into a mask under construction (union).
+void addToBuilder(Mask *m, int y, int x, int n, const uint8_t *cov);
 void releaseMasks(tovCanvas *c);
 
 // path.cpp
@@ -294,10 +349,34 @@ void releaseMasks(tovCanvas *c);
 void addEdge(Array<Edge> &out, double x0, double y0, double x1, double y1, int32_t left, int32_t right);
 
 // stroke.cpp
-// Turns the recorded polylines of pens that draw into closed outlines.
-void buildStrokes(tovCanvas *c);
+// Turns the recorded polylines of pens that draw into closed outlines,
+// grouped by pen in index order.
+void buildStrokes(tovCanvas *c, const Box &clip);
 
-// raster.cpp
+// cells.cpp: scan conversion of one band (rows, columns relative to the
+// area). A one-style grid gets two deltas per cell so that a running sum
+// along the row is each pixel's winding area; a compound band gets sparse
+// cells per row.
+struct Grid {
+    uint32_t *cells;
+    uint64_t *touched;
+    size_t stride, words; // cells and touched words per row
+    int rows, cols;
+};
+void accumulateDense(Grid &g, int64_t x0, int64_t y0, int64_t x1, int64_t y1, int32_t w);
+struct SparseBand {
+    Array<Cell> **rows;
+    int count, cols;
+};
+bool accumulateSparse(SparseBand &b, int64_t x0, int64_t y0, int64_t x1, int64_t y1, uint16_t left,
+                      uint16_t right);
+
+// sweep.cpp: turns a band's cells into runs and spans for a target; `end`
+// is the column (relative to `left`) where a row left open stops.
+void sweepDense(const Target &t, const tovObject *brush, Grid &g, int left, int top, int end);
+void sweepSparse(const Target &t, SparseBand &b, int left, int top, int end);
+
+// render.cpp
 // Fills and strokes the recorded path set into the current target.
 void renderPathSet(tovCanvas *c);
 

@@ -1,7 +1,11 @@
 // mask.cpp: drawing groups and clip masks. A kind-2 group collects the
-// coverage of what is drawn inside it into an 8-bit mask sized to the clip box
-// it started with; when it ends, the mask is intersected with the open one and
-// multiplies all later drawing until tovDestroyMask. Masks are pooled.
+// coverage of what is drawn inside it into an 8-bit mask over the clip box it
+// started with; only the part drawn is ever written (each row keeps the
+// extent of its values, everything else counts as zero), so a mask costs what
+// was drawn into it, not its box. When the group ends the mask is multiplied
+// by the open one over that part only, and drawing is then cut to its bounds
+// and multiplied by it until tovDestroyMask; a mask that is one opaque
+// rectangle only cuts. Masks are pooled.
 #include "tov/internal.h"
 
 #include <new>
@@ -10,9 +14,12 @@ using namespace tov;
 
 namespace {
 
-// A cleared mask over the box from the pool, or null when too many masks
-// are in use or memory runs out.
-Mask *takeMask(tovCanvas *c, const Box &box)
+constexpr Box kUnlimited{INT32_MIN, INT32_MIN, INT32_MAX, INT32_MAX};
+
+// A mask over the box from the pool with every row empty, or null when too
+// many masks are in use or memory runs out. Its values are not cleared:
+// rows are only read inside their extents.
+Mask *takeMask(tovCanvas *c, const Box &clip)
 {
     if (c->maskAll.size() - c->maskPool.size() >= size_t(kMaxMasks))
         return nullptr;
@@ -31,66 +38,87 @@ Mask *takeMask(tovCanvas *c, const Box &box)
             return nullptr;
         }
     }
-    size_t area = box.empty() ? 0 : size_t(box.right - box.left) * size_t(box.bottom - box.top);
-    if (!m->alpha.resize(area)) {
+    Box box = clip.empty() ? Box{0, 0, 0, 0} : clip;
+    size_t rows = size_t(box.bottom - box.top);
+    if (!m->alpha.resize(size_t(box.right - box.left) * rows) || !m->lo.resize(rows) || !m->hi.resize(rows)) {
         c->maskPool.push(m);
         return nullptr;
     }
-    if (area)
-        std::memset(m->alpha.data(), 0, area);
-    m->box = box.empty() ? Box{0, 0, 0, 0} : box;
+    for (size_t r = 0; r < rows; ++r)
+        m->lo[r] = m->hi[r] = 0;
+    m->box = box;
+    m->bounds = Box{0, 0, 0, 0};
+    m->rectangle = false;
     m->baseDepth = c->maskDepth;
     return m;
 }
 
-// Multiplies mask m by mask by (zero outside by's box).
-void intersect(Mask *m, const Mask *by)
+// Multiplies mask m by mask `by` (zero outside by's rows' extents), then
+// finds its bounds and whether it is one opaque rectangle.
+void finish(Mask *m, const Mask *by)
 {
-    int w = m->box.right - m->box.left;
-    int bw = by->box.right - by->box.left;
+    Box b{INT32_MAX, INT32_MAX, INT32_MIN, INT32_MIN};
+    bool full = true;
     for (int y = m->box.top; y < m->box.bottom; ++y) {
-        uint8_t *row = m->alpha.data() + size_t(y - m->box.top) * size_t(w);
-        bool inside = y >= by->box.top && y < by->box.bottom;
-        const uint8_t *src = inside ? by->alpha.data() + size_t(y - by->box.top) * size_t(bw) : nullptr;
-        for (int x = m->box.left; x < m->box.right; ++x) {
-            uint8_t &a = row[x - m->box.left];
-            a = src && x >= by->box.left && x < by->box.right ? uint8_t(mul255(a, src[x - by->box.left])) : 0;
+        size_t r = size_t(y - m->box.top);
+        int lo = m->lo[r], hi = m->hi[r];
+        uint8_t *row = m->row(y);
+        if (by && lo < hi) {
+            int plo = 0, phi = 0;
+            if (y >= by->box.top && y < by->box.bottom) {
+                plo = by->lo[size_t(y - by->box.top)];
+                phi = by->hi[size_t(y - by->box.top)];
+            }
+            lo = lo > plo ? lo : plo;
+            hi = hi < phi ? hi : phi;
+            const uint8_t *prow = by->row(y);
+            for (int x = lo; x < hi; ++x)
+                row[x] = uint8_t(mul255(row[x], prow[x]));
         }
+        while (lo < hi && !row[lo])
+            ++lo;
+        while (hi > lo && !row[hi - 1])
+            --hi;
+        if (lo >= hi) {
+            m->lo[r] = m->hi[r] = 0;
+            continue;
+        }
+        m->lo[r] = lo, m->hi[r] = hi;
+        if (b.top == INT32_MAX) {
+            b.left = lo, b.right = hi;
+        } else {
+            full = full && b.bottom == y && lo == b.left && hi == b.right;
+            b.left = b.left < lo ? b.left : lo;
+            b.right = b.right > hi ? b.right : hi;
+        }
+        b.top = b.top < y ? b.top : y;
+        b.bottom = y + 1;
+        for (int x = lo; full && x < hi; ++x)
+            full = row[x] == 255;
     }
+    m->bounds = b.top == INT32_MAX ? Box{0, 0, 0, 0} : b;
+    m->rectangle = full && !m->bounds.empty();
 }
 
 } // namespace
 
 namespace tov {
 
-bool applyMask(tovCanvas *c, int minDepth, int y, int x, int n, uint8_t *cov)
+bool drawingMask(tovCanvas *c, int minDepth, const Mask **mask, Box *limit)
 {
+    *mask = nullptr;
+    *limit = kUnlimited;
     if (c->maskOverflow > 0)
         return false;
     if (c->maskDepth <= minDepth)
         return true;
     const Mask *m = c->masks[c->maskDepth - 1];
-    const Box &b = m->box;
-    if (y < b.top || y >= b.bottom) {
-        std::memset(cov, 0, size_t(n));
+    if (m->bounds.empty())
         return false;
-    }
-    int lo = x < b.left ? b.left : x;
-    int hi = x + n > b.right ? b.right : x + n;
-    if (lo >= hi) {
-        std::memset(cov, 0, size_t(n));
-        return false;
-    }
-    std::memset(cov, 0, size_t(lo - x));
-    std::memset(cov + (hi - x), 0, size_t(x + n - hi));
-    const uint8_t *row = m->alpha.data() + size_t(y - b.top) * size_t(b.right - b.left) - b.left;
-    unsigned any = 0;
-    for (int i = lo; i < hi; ++i) {
-        uint8_t &a = cov[i - x];
-        a = uint8_t(mul255(a, row[i]));
-        any |= a;
-    }
-    return any != 0;
+    *limit = m->bounds;
+    if (!m->rectangle)
+        *mask = m;
+    return true;
 }
 
 bool maskTarget(tovCanvas *c, Mask **builder)
@@ -105,18 +133,32 @@ bool maskTarget(tovCanvas *c, Mask **builder)
     return false;
 }
 
-void addToBuilder(tovCanvas *c, Mask *m, int y, int x, int n, uint8_t *cov)
+// Union of coverages: a + v - a v.
+void addToBuilder(Mask *m, int y, int x, int n, const uint8_t *cov)
 {
-    if (!applyMask(c, m->baseDepth, y, x, n, cov))
-        return;
     const Box &b = m->box;
     if (y < b.top || y >= b.bottom)
         return;
     int lo = x < b.left ? b.left : x;
     int hi = x + n > b.right ? b.right : x + n;
-    uint8_t *row = m->alpha.data() + size_t(y - b.top) * size_t(b.right - b.left) - b.left;
+    if (lo >= hi)
+        return;
+    cov -= x;
+    size_t r = size_t(y - b.top);
+    uint8_t *row = m->row(y);
+    int &rlo = m->lo[r], &rhi = m->hi[r];
+    if (rlo >= rhi) {
+        std::memcpy(row + lo, cov + lo, size_t(hi - lo));
+        rlo = lo, rhi = hi;
+        return;
+    }
+    // Newly reached columns start from zero.
+    if (lo < rlo)
+        std::memset(row + lo, 0, size_t(rlo - lo)), rlo = lo;
+    if (hi > rhi)
+        std::memset(row + rhi, 0, size_t(hi - rhi)), rhi = hi;
     for (int i = lo; i < hi; ++i) {
-        unsigned a = row[i], v = cov[i - x];
+        unsigned a = row[i], v = cov[i];
         row[i] = uint8_t(a + v - mul255(a, v));
     }
 }
@@ -173,8 +215,7 @@ void tovEndCanvas(tovCanvas *c, int)
         ++c->maskOverflow;
         return;
     }
-    if (c->maskDepth > 0)
-        intersect(m, c->masks[c->maskDepth - 1]);
+    finish(m, c->maskDepth > 0 ? c->masks[c->maskDepth - 1] : nullptr);
     c->masks[c->maskDepth++] = m;
 }
 

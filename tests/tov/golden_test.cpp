@@ -1,7 +1,8 @@
 // golden_test.cpp: scenes that exercise every drawing path of tov (fills of
 // several styles sharing edges, gradients, strokes, nested masks), compared
-// with pictures kept in tests/tov/golden. Set TOV_WRITE_GOLDEN=1 to rewrite
-// the pictures from the current build after a deliberate change.
+// with pictures kept in tests/tov/golden, drawn by the float-layer rasterizer
+// this one replaced. Set TOV_WRITE_GOLDEN=1 to rewrite the pictures from the
+// current build after a deliberate change.
 #include "tov_fixture.h"
 
 #include <cairo.h>
@@ -177,10 +178,21 @@ void masks(tovCanvas *c)
 struct Scene {
     const char *name;
     void (*draw)(tovCanvas *);
+    int tolerance; // largest difference of one channel of one pixel
 };
 
-const Scene kScenes[] = {{"opaque_mosaic", opaqueMosaic}, {"mixed_mosaic", mixedMosaic}, {"overlaps", overlaps},
-                         {"gradients", gradients},        {"strokes", strokes},          {"masks", masks}};
+// Coverage is computed with the same integer arithmetic as before, so fills
+// match exactly. Translucent blending now rounds each channel to nearest
+// where it used to be off by up to one level, hence 1 wherever something is
+// translucent. Gradient positions are stepped in 16.16 fixed point instead
+// of computed in float: a pixel on the border of two table entries may take
+// the neighbour, a difference of at most one table step (2 levels in these
+// gradients). Round joins and caps are walked with one fixed angle per pen
+// and a shorter last step instead of equal steps, which moves arc vertices
+// by up to the 0.1 pixel tolerance: up to a sixteenth of an edge pixel.
+const Scene kScenes[] = {{"opaque_mosaic", opaqueMosaic, 0}, {"mixed_mosaic", mixedMosaic, 1},
+                         {"overlaps", overlaps, 1},          {"gradients", gradients, 2},
+                         {"strokes", strokes, 16},           {"masks", masks, 1}};
 
 std::string goldenPath(const char *name) { return std::string(TOV_GOLDEN_DIR) + "/" + name + ".png"; }
 
@@ -220,7 +232,7 @@ TEST(TovGolden, ScenesMatchTheKeptPictures)
                     worst = std::max(worst, d < 0 ? -d : d);
                 }
             }
-        EXPECT_EQ(worst, 0) << scene.name;
+        EXPECT_LE(worst, scene.tolerance) << scene.name;
         cairo_surface_destroy(kept);
         cairo_surface_destroy(mine);
     }
