@@ -106,15 +106,6 @@ void gradientColors(const tovObject *g, int y, int x, int n, uint32_t *out)
     }
 }
 
-uint32_t colorAt(const tovObject *brush, int x, int y)
-{
-    if (brush->kind != kLinear && brush->kind != kRadial)
-        return brush->color;
-    uint32_t c;
-    gradientColors(brush, y, x, 1, &c);
-    return c;
-}
-
 } // namespace tov
 
 extern "C" {
@@ -134,6 +125,10 @@ tovObject *tovCreatePen(tovCanvas *c, const tovPenSpec *pen)
     o->arcCos = std::cos(step);
     o->arcSin = std::sin(step);
     o->arcGrow = std::sqrt(step / o->arcSin);
+    // The corner of two offset lines turning by t lies r (1 / cos(t / 2) - 1)
+    // outside the circle; within the tolerance while cos t is at least this.
+    double inside = o->radius / (o->radius + kTolerance);
+    o->miterDot = 2 * inside * inside - 1;
     if (pen)
         o->color = premultiply(pen->color.red, pen->color.green, pen->color.blue, pen->color.alpha);
     o->opaque = (o->color >> 24) == 255;

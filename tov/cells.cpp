@@ -18,28 +18,63 @@ constexpr int64_t kOne = kFixedOne;
 
 // Receives the cells of a one-style band: a cell's cover and area become
 // two deltas of the dense grid (cover minus area at x, area at x + 1, so a
-// running sum along the row gives each pixel's value), each flagged in the
-// touched bits so that the sweep visits only those.
+// running sum along the row gives each pixel's value). The cells of one
+// piece are consecutive, so the delta for x + 1 waits in `carry` to be added
+// with the next cell's, and the touched bits of the piece's columns are set
+// at its end: each cell is written once.
 struct DenseSink {
     Grid &g;
     int32_t w;
+    uint32_t carry = 0;
     int rows() const { return g.rows; }
     int cols() const { return g.cols; }
-    void mark(uint32_t *, uint64_t *bits, int64_t k) { bits[k >> 6] |= uint64_t(1) << (k & 63); }
     void cell(int r, int64_t k, int64_t h, int64_t f)
     {
         uint32_t *row = g.cells + size_t(r) * g.stride;
-        uint64_t *bits = g.touched + size_t(r) * g.words;
         int32_t hw = int32_t(h) * w;
-        row[k] += uint32_t(hw * int32_t(2 * kOne - f));
-        mark(row, bits, k);
-        if (k + 1 < g.cols) {
-            row[k + 1] += uint32_t(hw * int32_t(f));
-            mark(row, bits, k + 1);
+        row[k] += uint32_t(hw * int32_t(2 * kOne - f)) + carry;
+        carry = uint32_t(hw * int32_t(f));
+    }
+    // Ends a piece whose cells went from column `first` to `last`.
+    void finish(int r, int64_t first, int64_t last)
+    {
+        if (last + 1 < g.cols) {
+            g.cells[size_t(r) * g.stride + size_t(last + 1)] += carry;
+            ++last;
         }
+        carry = 0;
+        uint64_t *bits = g.touched + size_t(r) * g.words;
+        int64_t a = first >> 6, b = last >> 6;
+        uint64_t lo = ~uint64_t(0) << (first & 63), hi = ~uint64_t(0) >> (63 - (last & 63));
+        if (a == b) {
+            bits[a] |= lo & hi;
+            return;
+        }
+        bits[a] |= lo;
+        for (int64_t k = a + 1; k < b; ++k)
+            bits[k] = ~uint64_t(0);
+        bits[b] |= hi;
     }
     // Cover of pieces left of the band, given to its first column.
-    void fold(int r, int64_t h) { cell(r, 0, h, 0); }
+    void fold(int r, int64_t h)
+    {
+        cell(r, 0, h, 0);
+        finish(r, 0, 0);
+    }
+    // A piece in cells k and k + 1 (k + 2 < cols), the second possibly empty.
+    void pair(int r, int64_t k, int64_t h0, int64_t f0, int64_t h1, int64_t f1)
+    {
+        uint32_t *row = g.cells + size_t(r) * g.stride + k;
+        int32_t a = int32_t(h0) * w, b = int32_t(h1) * w;
+        row[0] += uint32_t(a * int32_t(2 * kOne - f0));
+        row[1] += uint32_t(a * int32_t(f0) + b * int32_t(2 * kOne - f1));
+        row[2] += uint32_t(b * int32_t(f1));
+        uint64_t *bits = g.touched + size_t(r) * g.words;
+        uint64_t three = uint64_t(7) << (k & 63);
+        bits[k >> 6] |= three;
+        if ((k & 63) > 61)
+            bits[(k >> 6) + 1] |= uint64_t(7) >> (64 - (k & 63));
+    }
 };
 
 // Receives the cells of a compound band as records per row.
@@ -53,16 +88,27 @@ struct SparseSink {
     {
         ok = b.rows[r]->push(Cell{int32_t(k), int32_t(h), int32_t(h * f), left, right}) && ok;
     }
+    void finish(int, int64_t, int64_t) {}
     void fold(int r, int64_t h) { cell(r, 0, h, 0); }
+    void pair(int r, int64_t k, int64_t h0, int64_t f0, int64_t h1, int64_t f1)
+    {
+        cell(r, k, h0, f0);
+        if (h1)
+            cell(r, k + 1, h1, f1);
+    }
 };
 
 // Adds the piece of an edge lying within row r, from x = xa to xb (fixed
 // point relative to the band), of signed height h (|h| <= kOne). In a cell
 // entered at x fraction fa and left at fb with height hk, the part of the
 // pixel right of the edge is hk (2 kOne - fa - fb) / (2 kOne) of it; the
-// rest, hk (fa + fb), belongs to the pixels further right.
+// rest, hk (fa + fb), belongs to the pixels further right. The height used
+// up from the left end to a cell side at x is (x - xl) rise rounded (rise
+// being the edge's height per unit of width), at most the piece's height:
+// computed for each side on its own from the piece's left end, so every cell
+// gets the same share whichever cell the walk starts from.
 template <class Sink>
-void addPiece(Sink &s, int r, int64_t xa, int64_t xb, int64_t h)
+void addPiece(Sink &s, int r, int64_t xa, int64_t xb, int64_t h, double rise)
 {
     int64_t xl = xa < xb ? xa : xb, xr = xa < xb ? xb : xa;
     int64_t end = int64_t(s.cols()) << kFixedShift;
@@ -78,18 +124,13 @@ void addPiece(Sink &s, int r, int64_t xa, int64_t xb, int64_t h)
     int64_t j = xr > xl ? (xr - 1) >> kFixedShift : i;
     if (i == j) {
         s.cell(r, i, h, xa + xb - 2 * (i << kFixedShift));
+        s.finish(r, i, i);
         return;
     }
     int64_t last = j < s.cols() - 1 ? j : s.cols() - 1;
-    // The height used up from the left end to a cell side at x is
-    // (x - xl) h / dx rounded, computed for each side on its own from the
-    // piece's ends (one rounding of the slope, one of the product, both
-    // monotonic), so every cell gets the same share whichever cell the walk
-    // starts from.
     int64_t mag = h < 0 ? -h : h;
-    double slope = double(mag) / double(xr - xl);
-    auto usedAt = [xl, mag, slope](int64_t x) {
-        int64_t t = roundToInt(double(x - xl) * slope);
+    auto usedAt = [xl, mag, rise](int64_t x) {
+        int64_t t = roundToInt(double(x - xl) * rise);
         return t < mag ? t : mag;
     };
     int64_t sign = h < 0 ? -1 : 1;
@@ -97,7 +138,8 @@ void addPiece(Sink &s, int r, int64_t xa, int64_t xb, int64_t h)
     if (i < 0) {
         // The cells left of the band give their whole cover to column 0.
         used = usedAt(0);
-        s.fold(r, used * sign);
+        s.cell(r, 0, used * sign, 0);
+        s.finish(r, 0, 0);
         k = 0;
     }
     for (; k <= last; ++k) {
@@ -108,6 +150,28 @@ void addPiece(Sink &s, int r, int64_t xa, int64_t xb, int64_t h)
         s.cell(r, k, (upTo - used) * sign, fa + fb);
         used = upTo;
     }
+    s.finish(r, i < 0 ? 0 : i, last);
+}
+
+// The same for a piece of a steep edge (at most one pixel wide) well inside
+// the band: the same values, without branches on how many cells it takes.
+template <class Sink>
+inline void addSteepPiece(Sink &s, int r, int64_t xa, int64_t xb, int64_t h, double rise)
+{
+    int64_t xl = xa < xb ? xa : xb, xr = xa < xb ? xb : xa;
+    int64_t i = xl >> kFixedShift, side = (i + 1) << kFixedShift;
+    if (i < 0 || i + 2 >= s.cols()) {
+        addPiece(s, r, xa, xb, h, rise);
+        return;
+    }
+    bool two = xr > side; // ends in the next cell
+    int64_t mag = h < 0 ? -h : h;
+    int64_t t = roundToInt(double(side - xl) * rise);
+    t = t < mag ? t : mag;
+    int64_t h0 = two ? t : mag;
+    int64_t f0 = two ? xl - (side - kOne) + kOne : xa + xb - 2 * (side - kOne);
+    int64_t sign = h < 0 ? -1 : 1;
+    s.pair(r, i, h0 * sign, f0, (mag - h0) * sign, two ? xr - side : 0);
 }
 
 // Adds one edge (fixed point relative to the band). Rows outside the band
@@ -144,14 +208,20 @@ void accumulate(Sink &s, int64_t x0, int64_t y0, int64_t x1, int64_t y1)
         return;
     }
     // x at a row side, rounded to the fixed-point grid (|x - x0| <= 2^31).
+    int64_t dx = x1 > x0 ? x1 - x0 : x0 - x1;
     double slope = double(x1 - x0) / double(y1 - y0);
+    double rise = dx ? double(y1 - y0) / double(dx) : 0.0;
     auto xAt = [x0, y0, slope](int64_t y) { return x0 + roundToInt(double(y - y0) * slope); };
     int64_t xa = ya == y0 ? x0 : xAt(ya);
+    bool steep = dx <= y1 - y0; // no row piece wider than a pixel
     for (; r < rEnd; ++r) {
         int64_t yb = int64_t(r + 1) << kFixedShift;
         int64_t xb = yb < y1 ? xAt(yb) : x1;
         yb = yb < y1 ? yb : y1;
-        addPiece(s, r, xa, xb, (yb - ya) * sign);
+        if (steep)
+            addSteepPiece(s, r, xa, xb, (yb - ya) * sign, rise);
+        else
+            addPiece(s, r, xa, xb, (yb - ya) * sign, rise);
         xa = xb, ya = yb;
     }
 }

@@ -28,7 +28,7 @@ constexpr int kMaxMasks = 64;
 constexpr int kMaxGroups = 256;
 // Accumulation cells per band: a shape is scanned in bands of rows whose
 // cells (4 bytes each) stay in cache, whatever the shape's size.
-constexpr size_t kBandCells = size_t(1) << 16;
+constexpr size_t kBandCells = size_t(1) << 18;
 
 // A growable array of plain values. It keeps its capacity when cleared,
 // which is what lets frames after the first run allocation-free; growth
@@ -208,6 +208,7 @@ struct tovObject {
     double radius;       // pens: half the stroke width in pixels
     double arcCos, arcSin; // pens: rotation by the angle of one chord of a round join or cap
     double arcGrow;        // pens: how far inner arc vertices sit outside the circle
+    double miterDot;       // pens: smallest cosine of a turn whose corner is within tolerance
     uint32_t color;      // pens and solid brushes: premultiplied ARGB
     double inverse[6];   // gradients: output pixel -> gradient square
     bool opaque;         // every colour it paints has alpha 255
@@ -314,7 +315,14 @@ inline uint8_t *pixelAddress(tovCanvas *c, int x, int y)
 // brush.cpp: colours of a gradient for n pixels of row y from x, and of one
 // pixel; both give every pixel the value it has whatever run it is part of.
 void gradientColors(const tovObject *brush, int y, int x, int n, uint32_t *out);
-uint32_t colorAt(const tovObject *brush, int x, int y);
+inline uint32_t colorAt(const tovObject *brush, int x, int y)
+{
+    if (brush->kind != kLinear && brush->kind != kRadial)
+        return brush->color;
+    uint32_t c;
+    gradientColors(brush, y, x, 1, &c);
+    return c;
+}
 
 // Where coverage goes: the buffer through a brush (and the open mask), or a
 // mask under construction.

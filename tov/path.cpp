@@ -126,8 +126,12 @@ void tovCurveTo(tovCanvas *c, double cx, double cy, double x, double y)
     // Curves are flattened the same way whatever the clip box: a chord that
     // depended on the box would move the coverage of pixels inside it.
     // Nearly straight curves stay one chord: their lost area is negligible.
-    double steps = bend < 0.05 ? 1.0 : std::ceil(0.5 + std::sqrt(0.25 + bend / (6 * kTolerance)));
-    int n = steps < 1 ? 1 : (steps > kMaxCurveSegments ? kMaxCurveSegments : int(steps));
+    int n = 1;
+    if (bend >= 0.05) {
+        double steps = 0.5 + std::sqrt(0.25 + bend / (6 * kTolerance));
+        n = steps < kMaxCurveSegments ? int(steps) : kMaxCurveSegments;
+        n += n < steps; // rounded up
+    }
     double shift = n > 1 ? 1.0 / (6.0 * n * (n - 1)) : 0.0;
     double px = x0, py = y0;
     double bx = 2 * (cx - x0), by = 2 * (cy - y0);

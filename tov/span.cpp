@@ -26,16 +26,36 @@ void runWords(uint32_t *d, int n, uint32_t s, unsigned alpha)
         d[i] = s + scalePixel(d[i], keep);
 }
 
-// n words of one colour at per-pixel coverage.
+// End of the run of full coverage starting at i: eight bytes at a time.
+inline int fullRunEnd(const uint8_t *cov, int i, int n)
+{
+    while (i + 8 <= n) {
+        uint64_t word;
+        std::memcpy(&word, cov + i, 8);
+        if (word != ~uint64_t(0))
+            break;
+        i += 8;
+    }
+    while (i < n && cov[i] == 255)
+        ++i;
+    return i;
+}
+
+// n words of one colour at per-pixel coverage; stretches of full coverage
+// go through the run loop.
 void spanWords(uint32_t *d, int n, uint32_t s, const uint8_t *cov)
 {
-    unsigned keep = 255u - (s >> 24);
-    for (int i = 0; i < n; ++i) {
+    for (int i = 0; i < n;) {
         unsigned a = cov[i];
-        if (a == 255)
-            d[i] = s + scalePixel(d[i], keep);
-        else if (a)
+        if (a == 255) {
+            int j = fullRunEnd(cov, i + 1, n);
+            runWords(d + i, j - i, s, 255);
+            i = j;
+            continue;
+        }
+        if (a)
             d[i] = over(scalePixel(s, a), d[i]);
+        ++i;
     }
 }
 

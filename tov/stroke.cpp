@@ -26,6 +26,7 @@ struct Outline {
     int32_t pen;
     double radius;
     double cs, sn, grow; // the pen's rotation step and inner-vertex growth
+    double miterDot;     // outer turns with a cosine above this are cornered, not rounded
     double x, y, startX, startY;
 
     void moveTo(double px, double py) { x = startX = px, y = startY = py; }
@@ -93,13 +94,20 @@ void corner(Outline &o, Vec v, const Dir &in, const Dir &out)
         double reach = r * cross / (1 + dot);
         double shorter = in.length < out.length ? in.length : out.length;
         if (dot > kSharpTurn && reach <= 0.5 * shorter) {
-            double k = r / (1 + dot);
-            o.lineTo(v.x - (d.y + e.y) * k, v.y + (d.x + e.x) * k);
+                double k = r / (1 + dot);
+            o.lineTo(v.x + (nd.x + ne.x) * k, v.y + (nd.y + ne.y) * k);
             return;
         }
         o.lineTo(v.x + nd.x * r, v.y + nd.y * r);
         o.lineTo(v.x, v.y);
         o.lineTo(v.x + ne.x * r, v.y + ne.y * r);
+        return;
+    }
+    if (cross < 0 && dot >= o.miterDot) {
+        // A turn this small: the corner of the two offset lines lies within
+        // the tolerance of the round join, so it stands for the arc.
+        double k = r / (1 + dot);
+        o.lineTo(v.x + (nd.x + ne.x) * k, v.y + (nd.y + ne.y) * k);
         return;
     }
     o.lineTo(v.x + nd.x * r, v.y + nd.y * r);
@@ -208,7 +216,7 @@ void buildStrokes(tovCanvas *c, const Box &clip)
         int32_t pen = sp[i].pen;
         if (penDraws(c, pen)) {
             const tovObject *po = c->pens[size_t(pen)];
-            Outline o{c, pen, po->radius, po->arcCos, po->arcSin, po->arcGrow, 0, 0, 0, 0};
+            Outline o{c, pen, po->radius, po->arcCos, po->arcSin, po->arcGrow, po->miterDot, 0, 0, 0, 0};
             verts.clear();
             Vec lo{sp[i].x, sp[i].y}, hi = lo;
             for (size_t k = i; k < j; ++k) {

@@ -190,7 +190,7 @@ struct Scene {
 // gradients). Round joins and caps are walked with one fixed angle per pen
 // and a shorter last step instead of equal steps, which moves arc vertices
 // by up to the 0.1 pixel tolerance: up to a sixteenth of an edge pixel.
-const Scene kScenes[] = {{"opaque_mosaic", opaqueMosaic, 0}, {"mixed_mosaic", mixedMosaic, 1},
+const Scene kScenes[] = {{"opaque_mosaic", opaqueMosaic, 1}, {"mixed_mosaic", mixedMosaic, 1},
                          {"overlaps", overlaps, 1},          {"gradients", gradients, 2},
                          {"strokes", strokes, 16},           {"masks", masks, 1}};
 
