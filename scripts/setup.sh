@@ -3,7 +3,7 @@
 # project; shared by the README commands and CI. Installs only what is missing.
 set -euo pipefail
 need=(cmake ninja-build g++ clang libclang-rt-14-dev pkg-config libgtest-dev libgmock-dev
-      libbenchmark-dev libcairo2-dev zlib1g-dev libpng-dev libfreetype-dev
+      libbenchmark-dev libcairo2-dev libagg-dev zlib1g-dev libpng-dev libfreetype-dev
       libfontconfig-dev libcli11-dev fonts-dejavu-core)
 missing=()
 for p in "${need[@]}"; do

@@ -56,31 +56,19 @@ void drawFrame(tovCanvas *c)
         tovBeginCanvas(c, 1);
         tovGradientStop stops[2] = {{0, {255, 0, 0, 255}}, {255, {0, 0, 255, 128}}};
         double m[2][3] = {{0.05, 0.01, 10.0 * i}, {-0.01, 0.05, 7.0 * i}};
-        tovPenSpec pen{1.0 + i % 5, {0, 0, 0, 200}};
-        tovObject *brushes[3] = {nullptr, solid(c, uint8_t(i * 12), 100, 50, 180),
-                                 tovCreateGradientBrush(c, 2 + i % 2, 2, stops, 1, m[0][2], m[1][2], m, nullptr)};
-        tovObject *pens[2] = {nullptr, tovCreatePen(c, &pen)};
-        tovBeginShape(c, 1, 2, 0);
-        tovSetBrushes(c, brushes, 3);
-        tovSetPens(c, pens, 2);
-        tovUsePen(c, 1);
+        tovObject *fills[2] = {solid(c, uint8_t(i * 12), 100, 50, 180),
+                               tovCreateGradientBrush(c, 2 + i % 2, 2, stops, 1, m[0][2], m[1][2], m, nullptr)};
+        beginFills(c, {fills[0], fills[1]});
         tovUseBrush(c, 0, 1);
-        tovMoveTo(c, 10.0 * i, 5.0 * i);
-        tovLineTo(c, 10.0 * i + 40, 5.0 * i);
-        tovUseBrush(c, 0, 2);
+        polygonPath(c, {{10.0 * i, 5.0 * i}, {10.0 * i + 40, 5.0 * i}, {10.0 * i, 5.0 * i + 60}});
+        tovUseBrush(c, 1, 2);
+        tovMoveTo(c, 10.0 * i + 40, 5.0 * i);
         tovCurveTo(c, 10.0 * i + 60, 5.0 * i + 30, 10.0 * i + 40, 5.0 * i + 60);
         tovLineTo(c, 10.0 * i, 5.0 * i + 60);
-        tovUseBrush(c, 0, 1);
-        tovLineTo(c, 10.0 * i, 5.0 * i);
-        tovMoveTo(c, 10.0 * i + 40, 5.0 * i);
-        tovUseBrush(c, 2, 1);
-        tovUsePen(c, 0);
-        tovLineTo(c, 10.0 * i + 40, 5.0 * i + 60);
-        tovSetPens(c, pens, 2);
         tovEndShape(c);
-        tovDeleteObject(c, brushes[1]);
-        tovDeleteObject(c, brushes[2]);
-        tovDeleteObject(c, pens[1]);
+        strokePolyline(c, 1.0 + i % 5, {0, 0, 0, 200}, {{10.0 * i, 5.0 * i}, {10.0 * i + 50, 5.0 * i + 9}, {5.0 * i, 80}});
+        tovDeleteObject(c, fills[0]);
+        tovDeleteObject(c, fills[1]);
         tovEndCanvas(c, 1);
     }
     tovDestroyMask(c);

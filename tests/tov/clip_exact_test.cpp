@@ -66,16 +66,23 @@ void strokes(tovCanvas *c)
     strokePolyline(c, 2.5, tovColor{90, 0, 90, 255}, {{-50.5, 44.4}, {60.1, 44.9}, {250.3, 47.7}});
 }
 
-// Edges that do not close: the coverage left open runs on to the right of
-// the style's bounds.
+// Edges that do not close: the coverage left open runs on to the right end
+// of each fill's edges, for one fill and for several (one of them a single
+// edge far left of most boxes).
 void openSoup(tovCanvas *c)
 {
-    tovObject *brushes[2] = {nullptr, solid(c, 0, 200, 200, 180)};
-    tovBeginShape(c, 1, 2, 0);
-    tovSetBrushes(c, brushes, 2);
+    beginFills(c, {solid(c, 0, 200, 200, 180)});
     tovUseBrush(c, 0, 1);
     tovMoveTo(c, 20.4, 60.2), tovLineTo(c, 35.9, 84.7);
     tovMoveTo(c, 80.3, 58.1), tovCurveTo(c, 95.5, 70.2, 70.3, 86.9);
+    tovEndShape(c);
+    beginFills(c, {solid(c, 120, 0, 200, 200), gradient(c, 3, 0.05, 60, 45)});
+    tovUseBrush(c, 0, 1);
+    tovMoveTo(c, 8.5, 20.5), tovLineTo(c, 110.2, 18.3), tovLineTo(c, 60.3, 40.6);
+    tovUseBrush(c, 2, 1);
+    tovLineTo(c, 9.7, 70.1);
+    tovUseBrush(c, 0, 1);
+    tovLineTo(c, 8.5, 20.5);
     tovEndShape(c);
 }
 

@@ -147,27 +147,15 @@ TEST(TovStroke, MoveAndPenChangesBreakThePolyline)
     tovMoveTo(c, 10, 15), tovLineTo(c, 30, 15);
     tovUsePen(c, 2);
     tovLineTo(c, 50, 15);
+    tovMoveTo(c, 10, 25), tovLineTo(c, 20, 25); // a move between: no join across
+    tovMoveTo(c, 40, 25), tovLineTo(c, 50, 25);
     tovEndShape(c);
     EXPECT_EQ(s.argb(28, 15), 0xff0000ffu); // pen 2's start cap over pen 1
     EXPECT_EQ(s.argb(20, 15), 0xffff0000u);
     EXPECT_EQ(s.argb(40, 15), 0xff0000ffu);
     EXPECT_EQ(s.alpha(5, 15), 0u);
-}
-
-TEST(TovStroke, PenIndexZeroAndMissingPensDrawNothing)
-{
-    Surface s(30, 30);
-    Canvas c(s);
-    tovPenSpec p{4, {0, 0, 0, 255}};
-    tovObject *pens[2] = {nullptr, tovCreatePen(c, &p)};
-    tovBeginShape(c, 1, 2, 0);
-    tovSetPens(c, pens, 2);
-    tovUsePen(c, 0);
-    tovMoveTo(c, 5, 5), tovLineTo(c, 25, 5);
-    tovUsePen(c, 7);
-    tovLineTo(c, 25, 25);
-    tovEndShape(c);
-    EXPECT_DOUBLE_EQ(coveredArea(s), 0.0);
+    EXPECT_EQ(s.alpha(30, 25), 0u);
+    EXPECT_EQ(s.argb(45, 25), 0xff0000ffu);
 }
 
 } // namespace

@@ -1,6 +1,6 @@
 // tov_fixture.h: shared helpers of the rasterizer tests: a pixel buffer with
 // guard bytes around it, a canvas that cleans up after itself, and small
-// drawing helpers (rectangles, polygons, circles of quadratic curves).
+// drawing helpers (polygons, circles of quadratic curves, polylines).
 #ifndef TESTS_TOV_FIXTURE_H
 #define TESTS_TOV_FIXTURE_H
 
@@ -9,7 +9,7 @@
 #include <cmath>
 #include <cstdint>
 #include <cstring>
-#include <utility>
+#include <initializer_list>
 #include <vector>
 
 namespace tovtest {
@@ -92,23 +92,45 @@ inline tovObject *solid(tovCanvas *c, uint8_t r, uint8_t g, uint8_t b, uint8_t a
     return tovCreateSolidBrush(c, tovColor{r, g, b, a}, nullptr);
 }
 
-// Draws one path set filled with `brush` as fill 1 (right of the edges).
-inline void fillPolygon(tovCanvas *c, tovObject *brush, const std::vector<Pt> &pts)
+// Starts a path set with the brushes as its fill list (index 0 is none);
+// allocates nothing for short lists, so allocation counts stay tov's own.
+inline void beginFills(tovCanvas *c, std::initializer_list<tovObject *> brushes)
 {
-    tovObject *brushes[2] = {nullptr, brush};
+    tovObject *list[16] = {nullptr};
+    size_t n = 1;
+    for (tovObject *b : brushes)
+        list[n < 15 ? n++ : n] = b;
     tovBeginShape(c, 1, 2, 0);
-    tovSetBrushes(c, brushes, 2);
-    tovUseBrush(c, 0, 1);
-    tovMoveTo(c, pts[0].x, pts[0].y);
-    for (size_t i = 1; i < pts.size(); ++i)
-        tovLineTo(c, pts[i].x, pts[i].y);
-    tovLineTo(c, pts[0].x, pts[0].y);
-    tovEndShape(c);
+    tovSetBrushes(c, list, int(n));
+}
+inline void beginFills(tovCanvas *c, std::vector<tovObject *> brushes)
+{
+    brushes.insert(brushes.begin(), nullptr);
+    tovBeginShape(c, 1, 2, 0);
+    tovSetBrushes(c, brushes.data(), int(brushes.size()));
 }
 
-inline void fillRect(tovCanvas *c, tovObject *brush, double x0, double y0, double x1, double y1)
+// Point lists arrive as braced lists or vectors; neither allocates here, so
+// allocation counts stay tov's own.
+// (A braced list's points live until the end of the call they are passed to.)
+struct Points {
+    const Pt *p = nullptr;
+    size_t n = 0;
+    Points(std::initializer_list<Pt> l)
+    {
+        p = l.begin();
+        n = l.size();
+    }
+    Points(const std::vector<Pt> &v) : p(v.data()), n(v.size()) {}
+};
+
+// Appends a closed polygon to the current path set.
+inline void polygonPath(tovCanvas *c, Points pts)
 {
-    fillPolygon(c, brush, {{x0, y0}, {x1, y0}, {x1, y1}, {x0, y1}});
+    tovMoveTo(c, pts.p[0].x, pts.p[0].y);
+    for (size_t i = 1; i < pts.n; ++i)
+        tovLineTo(c, pts.p[i].x, pts.p[i].y);
+    tovLineTo(c, pts.p[0].x, pts.p[0].y);
 }
 
 // Appends a circle of n quadratic curves to the current path set.
@@ -123,27 +145,39 @@ inline void circlePath(tovCanvas *c, double cx, double cy, double r, int n = 16)
     }
 }
 
+// One path set: the polygon filled with `brush` on the right of its edges.
+inline void fillPolygon(tovCanvas *c, tovObject *brush, Points pts)
+{
+    beginFills(c, {brush});
+    tovUseBrush(c, 0, 1);
+    polygonPath(c, pts);
+    tovEndShape(c);
+}
+
+inline void fillRect(tovCanvas *c, tovObject *brush, double x0, double y0, double x1, double y1)
+{
+    fillPolygon(c, brush, {{x0, y0}, {x1, y0}, {x1, y1}, {x0, y1}});
+}
+
 inline void fillCircle(tovCanvas *c, tovObject *brush, double cx, double cy, double r)
 {
-    tovObject *brushes[2] = {nullptr, brush};
-    tovBeginShape(c, 1, 2, 0);
-    tovSetBrushes(c, brushes, 2);
+    beginFills(c, {brush});
     tovUseBrush(c, 0, 1);
     circlePath(c, cx, cy, r);
     tovEndShape(c);
 }
 
 // Strokes a polyline with one pen.
-inline void strokePolyline(tovCanvas *c, double width, tovColor color, const std::vector<Pt> &pts)
+inline void strokePolyline(tovCanvas *c, double width, tovColor color, Points pts)
 {
     tovPenSpec spec{width, color};
     tovObject *pens[2] = {nullptr, tovCreatePen(c, &spec)};
     tovBeginShape(c, 1, 2, 0);
     tovSetPens(c, pens, 2);
     tovUsePen(c, 1);
-    tovMoveTo(c, pts[0].x, pts[0].y);
-    for (size_t i = 1; i < pts.size(); ++i)
-        tovLineTo(c, pts[i].x, pts[i].y);
+    tovMoveTo(c, pts.p[0].x, pts.p[0].y);
+    for (size_t i = 1; i < pts.n; ++i)
+        tovLineTo(c, pts.p[i].x, pts.p[i].y);
     tovEndShape(c);
     tovDeleteObject(c, pens[1]);
 }
@@ -156,6 +190,17 @@ inline double coveredArea(Surface &s)
         for (int x = 0; x < s.width(); ++x)
             sum += s.alpha(x, y) / 255.0;
     return sum;
+}
+
+// Largest difference of one channel between two premultiplied words.
+inline int channelDifference(uint32_t a, uint32_t b)
+{
+    int worst = 0;
+    for (int shift = 0; shift < 32; shift += 8) {
+        int d = int((a >> shift) & 255) - int((b >> shift) & 255);
+        worst = d < 0 ? (-d > worst ? -d : worst) : (d > worst ? d : worst);
+    }
+    return worst;
 }
 
 } // namespace tovtest
