@@ -82,9 +82,7 @@ void mixedMosaic(tovCanvas *c)
 // the right, edges whose two fills are the same.
 void overlaps(tovCanvas *c)
 {
-    tovObject *b[3] = {nullptr, solid(c, 30, 30, 200, 160), solid(c, 220, 120, 0)};
-    tovBeginShape(c, 1, 2, 0);
-    tovSetBrushes(c, b, 3);
+    beginFills(c, {solid(c, 30, 30, 200, 160), solid(c, 220, 120, 0)});
     tovUseBrush(c, 0, 1);
     circlePath(c, 24, 24, 18);
     circlePath(c, 36, 30, 16);
@@ -101,27 +99,12 @@ void overlaps(tovCanvas *c)
 
 void gradients(tovCanvas *c)
 {
-    tovObject *b[2] = {nullptr, linear(c, 50, 0.6, 30, 30)};
-    tovBeginShape(c, 1, 2, 0);
-    tovSetBrushes(c, b, 2);
-    tovUseBrush(c, 0, 1);
-    tovMoveTo(c, 2, 2);
-    tovLineTo(c, 62, 5);
-    tovLineTo(c, 40, 40);
-    tovLineTo(c, 2, 2);
-    tovEndShape(c);
-    b[1] = radial(c, 28, 18, 36, 40);
-    tovBeginShape(c, 1, 2, 0);
-    tovSetBrushes(c, b, 2);
+    fillPolygon(c, linear(c, 50, 0.6, 30, 30), {{2, 2}, {62, 5}, {40, 40}});
+    beginFills(c, {radial(c, 28, 18, 36, 40)});
     tovUseBrush(c, 0, 1);
     circlePath(c, 36, 40, 22, 7);
     tovEndShape(c);
-    b[1] = linear(c, 0.001, 0, 32, 32); // steeper than a pixel
-    tovBeginShape(c, 1, 2, 0);
-    tovSetBrushes(c, b, 2);
-    tovUseBrush(c, 0, 1);
-    circlePath(c, 8, 56, 7);
-    tovEndShape(c);
+    fillCircle(c, linear(c, 0.001, 0, 32, 32), 8, 56, 7); // steeper than a pixel
 }
 
 void strokes(tovCanvas *c)
@@ -158,16 +141,7 @@ void masks(tovCanvas *c)
     fillCircle(c, solid(c, 0, 0, 0), 26, 30, 17);
     tovEndCanvas(c, 2);
     tovBeginCanvas(c, 1);
-    tovObject *b[2] = {nullptr, radial(c, 40, 40, 26, 30)};
-    tovBeginShape(c, 1, 2, 0);
-    tovSetBrushes(c, b, 2);
-    tovUseBrush(c, 0, 1);
-    tovMoveTo(c, 0, 0);
-    tovLineTo(c, 64, 0);
-    tovLineTo(c, 64, 64);
-    tovLineTo(c, 0, 64);
-    tovLineTo(c, 0, 0);
-    tovEndShape(c);
+    fillRect(c, radial(c, 40, 40, 26, 30), 0, 0, 64, 64);
     tovEndCanvas(c, 1);
     tovDestroyMask(c);
     fillRect(c, solid(c, 0, 120, 0, 100), 30.5, 0, 64, 64);
