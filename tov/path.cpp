@@ -119,32 +119,43 @@ void tovCurveTo(tovCanvas *c, double cx, double cy, double x, double y)
     double x0 = c->curX, y0 = c->curY;
     c->curX = x, c->curY = y;
     double ax = x0 - 2 * cx + x, ay = y0 - 2 * cy + y;
-    double bend = std::sqrt(ax * ax + ay * ay);
     bool fill = c->fill0 != c->fill1;
     if (!fill && c->pen == 0)
         return;
     // Curves are flattened the same way whatever the clip box: a chord that
     // depended on the box would move the coverage of pixels inside it.
     // Nearly straight curves stay one chord: their lost area is negligible.
+    // n is the fewest chords with n (n - 1) >= bend / (6 tolerance), found by
+    // comparing squares for the usual few chords.
+    double bend2 = ax * ax + ay * ay;
     int n = 1;
-    if (bend >= 0.05) {
-        double steps = 0.5 + std::sqrt(0.25 + bend / (6 * kTolerance));
-        n = steps < kMaxCurveSegments ? int(steps) : kMaxCurveSegments;
-        n += n < steps; // rounded up
+    if (bend2 >= 0.05 * 0.05) {
+        n = 2;
+        while (n < 16 && bend2 > (6 * kTolerance * n * (n - 1)) * (6 * kTolerance * n * (n - 1)))
+            ++n;
+        if (n == 16) {
+            double steps = 0.5 + std::sqrt(0.25 + std::sqrt(bend2) / (6 * kTolerance));
+            n = steps < kMaxCurveSegments ? int(steps) : kMaxCurveSegments;
+            n += n < steps; // rounded up
+        }
     }
     double shift = n > 1 ? 1.0 / (6.0 * n * (n - 1)) : 0.0;
-    double px = x0, py = y0;
     double bx = 2 * (cx - x0), by = 2 * (cy - y0);
     double dt = 1.0 / n;
+    // Each vertex is rounded to the fixed-point grid once, as the end of one
+    // chord and the start of the next.
+    double px = x0, py = y0;
+    int32_t fx = toFixed(x0), fy = toFixed(y0);
     for (int i = 1; i <= n; ++i) {
         double t = i * dt;
         double qx = i == n ? x : x0 + t * (bx + t * ax) - ax * shift;
         double qy = i == n ? y : y0 + t * (by + t * ay) - ay * shift;
-        if (fill)
-            addEdge(c->fillEdges, px, py, qx, qy, c->fill0, c->fill1);
+        int32_t gx = toFixed(qx), gy = toFixed(qy);
+        if (fill && gy != fy)
+            c->fillEdges.push(Edge{fx, fy, gx, gy, c->fill0, c->fill1});
         if (c->pen != 0)
             addStrokeSegment(c, px, py, qx, qy);
-        px = qx, py = qy;
+        px = qx, py = qy, fx = gx, fy = gy;
     }
 }
 
