@@ -272,6 +272,9 @@ struct tovCanvas {
     tov::Array<uint64_t> touched;    // one bit per dense cell written, zero between uses
     size_t touchedZeroed;
     tov::Array<tov::Array<tov::Cell> *> rowCells; // sparse cells per row of a band
+    tov::Array<int32_t> columnHead, cellNext;      // a row's cells chained by column
+    tov::Array<uint64_t> columnFlags;              // columns with cells, zero between uses
+    size_t columnFlagsZeroed;
     // Compound sweep state per slot.
     tov::Array<uint32_t> wind, value, stamp;
     uint32_t generation;

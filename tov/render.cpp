@@ -227,7 +227,9 @@ void compoundPass(tovCanvas *c, const Target &t, const Box &clip)
         c->slots[i].end -= area.left;
     int band = bandRows(area);
     size_t cols = size_t(area.right - area.left);
-    if (!reserveSpans(c, cols) || !c->wind.resize(nslots) || !c->value.resize(nslots) ||
+    if (!reserveSpans(c, cols) || !c->columnHead.resize(cols) ||
+        !zeroedResize(c->columnFlags, (cols + 63) / 64, c->columnFlagsZeroed) || !c->wind.resize(nslots) ||
+        !c->value.resize(nslots) ||
         !c->stamp.resize(nslots) || !c->activePos.resize(nslots) || !c->activeSlots.resize(nslots) ||
         !c->touchedSlots.resize(nslots))
         return;

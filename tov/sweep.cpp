@@ -8,7 +8,6 @@
 // whole pixel and no background shows through the seam.
 #include "tov/internal.h"
 
-#include <algorithm>
 
 namespace tov {
 
@@ -94,19 +93,22 @@ struct Share {
 // channel clamped to full and the colours to the alpha.
 uint32_t mix(const Share *shares, int n, const StyleSlot *slots, int y, int x)
 {
-    uint32_t acc[4] = {0, 0, 0, 0};
+    // Two channels per 64-bit sum, 32 bits apart: at most 64 shares of
+    // coverage 2^17 times 255 stay below 2^31 in each.
+    uint64_t rb = 0, ag = 0;
     for (int i = 0; i < n; ++i) {
-        uint32_t c = colorAt(slots[shares[i].slot].brush, x, y), w = shares[i].cover;
-        acc[0] += w * (c >> 24), acc[1] += w * ((c >> 16) & 255), acc[2] += w * ((c >> 8) & 255), acc[3] += w * (c & 255);
+        uint32_t c = colorAt(slots[shares[i].slot].brush, x, y);
+        uint64_t w = shares[i].cover;
+        rb += w * ((c & 0xffu) | uint64_t((c >> 16) & 0xffu) << 32);
+        ag += w * (((c >> 8) & 0xffu) | uint64_t(c >> 24) << 32);
     }
-    uint32_t out[4];
-    for (int k = 0; k < 4; ++k) {
-        uint32_t v = (acc[k] + kFull / 2) >> kFullShift;
-        out[k] = v < 255 ? v : 255;
-    }
-    for (int k = 1; k < 4; ++k)
-        out[k] = out[k] < out[0] ? out[k] : out[0];
-    return out[0] << 24 | out[1] << 16 | out[2] << 8 | out[3];
+    auto level = [](uint64_t v) {
+        uint32_t l = uint32_t(((v & 0xffffffffu) + kFull / 2) >> kFullShift);
+        return l < 255 ? l : 255u;
+    };
+    uint32_t a = level(ag >> 32), r = level(rb >> 32), g = level(ag), b = level(rb);
+    r = r < a ? r : a, g = g < a ? g : a, b = b < a ? b : a;
+    return a << 24 | r << 16 | g << 8 | b;
 }
 
 // The running state of a compound row: each slot's winding (sum of covers
@@ -276,30 +278,57 @@ void sweepSparse(const Target &t, SparseBand &b, int left, int top, int end)
                     0,
                     c->generation,
                     {}};
+    // A row's cells are put in order by chaining each to the previous cell
+    // of its column and flagging the column: walking the flags is the sweep,
+    // with no sort.
+    int32_t *head = c->columnHead.data(), *next = c->cellNext.data();
+    uint64_t *flags = c->columnFlags.data();
+    size_t words = (size_t(b.cols) + 63) / 64;
     for (int r = 0; r < b.count; ++r) {
         Array<Cell> &cells = *b.rows[r];
         size_t n = cells.size();
         if (!n)
             continue;
-        Cell *cell = cells.data();
-        std::sort(cell, cell + n, [](const Cell &a, const Cell &b) { return a.x < b.x; });
-        int y = top + r;
-        int x = cell[0].x;
-        for (size_t i = 0; i < n;) {
-            int cx = cell[i].x;
-            row.run(t, y, left, x, cx);
-            row.dropEnded(cx);
-            row.nextColumn();
-            // Cells of fills whose edges all lie left of the area are folded
-            // into its first column: such a fill covers nothing here.
-            for (; i < n && cell[i].x == cx; ++i) {
-                if (cell[i].left && slots[cell[i].left].end > cx)
-                    row.add(cell[i].left, cell[i].cover, cell[i].area);
-                if (cell[i].right && slots[cell[i].right].end > cx)
-                    row.add(cell[i].right, -cell[i].cover, -cell[i].area);
+        if (!c->cellNext.resize(n > c->cellNext.size() ? n : c->cellNext.size())) {
+            cells.clear();
+            continue;
+        }
+        next = c->cellNext.data();
+        const Cell *cell = cells.data();
+        for (size_t i = 0; i < n; ++i) {
+            int32_t cx = cell[i].x;
+            uint64_t bit = uint64_t(1) << (cx & 63);
+            if (!(flags[cx >> 6] & bit)) {
+                flags[cx >> 6] |= bit;
+                head[cx] = -1;
             }
-            row.pixel(t, y, left + cx);
-            x = cx + 1;
+            next[i] = head[cx];
+            head[cx] = int32_t(i);
+        }
+        int y = top + r;
+        int x = 0;
+        for (size_t w = 0; w < words; ++w) {
+            uint64_t word = flags[w];
+            if (!word)
+                continue;
+            flags[w] = 0;
+            do {
+                int cx = int(w * 64) + lowestBit(word);
+                word &= word - 1;
+                row.run(t, y, left, x, cx);
+                row.dropEnded(cx);
+                row.nextColumn();
+                // Cells of fills whose edges all lie left of the area are
+                // folded into its first column: such a fill covers nothing here.
+                for (int32_t i = head[cx]; i >= 0; i = next[i]) {
+                    if (cell[i].left && slots[cell[i].left].end > cx)
+                        row.add(cell[i].left, cell[i].cover, cell[i].area);
+                    if (cell[i].right && slots[cell[i].right].end > cx)
+                        row.add(cell[i].right, -cell[i].cover, -cell[i].area);
+                }
+                row.pixel(t, y, left + cx);
+                x = cx + 1;
+            } while (word);
         }
         // A row left open keeps each fill's coverage to its right end.
         row.run(t, y, left, x, end);
