@@ -99,9 +99,9 @@ void tovUseBrush(tovCanvas *canvas, int fill0, int fill1);
  * Consecutive edges of one pen form a polyline with round joins; a move or
  * a change of pen ends it (with round caps). */
 void tovUsePen(tovCanvas *canvas, int pen);
-/* Fills every style (their coverages summed into one layer, so regions
- * sharing an edge meet without a seam), then strokes each pen in index
- * order. */
+/* Fills every style, then strokes each pen in index order. Where fills
+ * meet along a shared edge their colours are mixed by exact coverage, so
+ * opaque regions sharing an edge leave no seam; fills that overlap add up. */
 void tovEndShape(tovCanvas *canvas);
 
 /* Style lists for the current path set: arrays of handles (null entries draw
