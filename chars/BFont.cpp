@@ -3,6 +3,7 @@
 // shapes point into the movie buffer; every length is bounded by the tag.
 #include "chars/BFont.h"
 
+#include <algorithm>
 #include <new>
 
 #include "base/Memory.h"
@@ -54,6 +55,7 @@ BFont::~BFont() {
     FreeFontInfo();
     tovFree(advances);
     tovFree(kerning);
+    tovFree(kerningIndex);
 }
 
 void BFont::FreeGlyphs() {
@@ -321,8 +323,30 @@ int BFont::LoadFontInfoSWFFile(GParser* p, GDictionary* dict, unsigned) {
     return 0;
 }
 
+void BFont::IndexCodes() {
+    if (indexed && indexedCodes == codes && indexedKerning == kerning) return;
+    indexed = true;
+    indexedCodes = codes;
+    indexedKerning = kerning;
+    for (int32_t& g : firstGlyph) g = -1;
+    for (uint32_t i = glyphCount; codes && i-- > 0;)
+        if (codes[i] < 128) firstGlyph[codes[i]] = static_cast<int32_t>(i);
+    tovFree(kerningIndex);
+    kerningIndexCount = 0;
+    kerningIndex = kerning && kerningCount ? static_cast<uint32_t*>(tovMalloc(sizeof(uint32_t) * kerningCount)) : nullptr;
+    for (uint32_t i = 0; kerningIndex && i < kerningCount; ++i)
+        if (kerning[i].code1 < 128 && kerning[i].code2 < 128)
+            kerningIndex[kerningIndexCount++] = (uint32_t(kerning[i].code1) << 7 | kerning[i].code2) << 16 | i;
+    // Sorted by pair, then by position, so the first pair in the table wins.
+    std::sort(kerningIndex, kerningIndex + kerningIndexCount);
+}
+
 _GSHAPE* BFont::GetShapeByCode(int code) {
     if (!codes || !glyphs) return nullptr;
+    if (code >= 0 && code < 128) {
+        IndexCodes();
+        return firstGlyph[code] >= 0 ? glyphs[firstGlyph[code]] : nullptr;
+    }
     for (uint32_t i = 0; i < glyphCount; ++i)
         if (codes[i] == code) return glyphs[i];
     return nullptr;
@@ -330,6 +354,10 @@ _GSHAPE* BFont::GetShapeByCode(int code) {
 
 int BFont::GetAdvanceByCode(int code) {
     if (!advances || !codes) return 0;
+    if (code >= 0 && code < 128) {
+        IndexCodes();
+        return firstGlyph[code] >= 0 ? advances[firstGlyph[code]] : 0;
+    }
     for (uint32_t i = 0; i < glyphCount; ++i)
         if (codes[i] == code) return advances[i];
     return 0;
@@ -337,6 +365,12 @@ int BFont::GetAdvanceByCode(int code) {
 
 int BFont::GetKerningByCode(int code1, int code2) {
     if (!kerning) return 0;
+    if (code1 >= 0 && code1 < 128 && code2 >= 0 && code2 < 128) {
+        IndexCodes();
+        uint32_t key = (uint32_t(code1) << 7 | uint32_t(code2)) << 16;
+        const uint32_t* at = std::lower_bound(kerningIndex, kerningIndex + kerningIndexCount, key);
+        return at < kerningIndex + kerningIndexCount && (*at >> 16) == (key >> 16) ? kerning[*at & 0xFFFF].adjustment : 0;
+    }
     for (uint32_t i = 0; i < kerningCount; ++i)
         if (kerning[i].code1 == code1 && kerning[i].code2 == code2) return kerning[i].adjustment;
     return 0;

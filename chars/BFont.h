@@ -54,6 +54,18 @@ public:
     static BFont* Lookup(GDictionary* dict, unsigned short id);
 
 private:
+    // Lookups of the codes 0..127, the only ones edit text asks for, built
+    // at the first lookup after a load: a few hundred characters against a
+    // font of thousands of glyphs or kerning pairs would otherwise scan the
+    // font once per character, at every drawing.
+    int32_t firstGlyph[128] = {};        // index of the first glyph with the code, -1 none
+    uint32_t* kerningIndex = nullptr;    // (code1 << 7 | code2) << 16 | pair index, sorted
+    uint32_t kerningIndexCount = 0;
+    const uint16_t* indexedCodes = nullptr;
+    const _GKERNINGRECORD* indexedKerning = nullptr;
+    bool indexed = false;
+    void IndexCodes();
+
     // Scans one glyph's records, never past `end` nor 65535 bytes.
     static unsigned char* MeasureGlyph(const unsigned char* glyph, const unsigned char* end,
                                        GDictionary* dict);

@@ -116,6 +116,8 @@ int BMorph::LoadSWFFile(void* tag, GDictionary* dict) {
 int BMorph::LoadFillStyles(GParser* p, GDictionary* dict) {
     unsigned count = ScanCount(p);
     if (!startShape->brushes.Add(nullptr) || !endShape->brushes.Add(nullptr)) return 0;
+    p->ReserveEntries(startShape->brushes, count, 1);
+    p->ReserveEntries(endShape->brushes, count, 1);
     for (unsigned i = 0; i < count; ++i) {
         int type = GBrush::GetSWFType(static_cast<unsigned char>(p->ScanUI8()));
         void* start = nullptr;
@@ -147,6 +149,8 @@ int BMorph::LoadLineStyles(GParser* p, GDictionary* dict) {
     unsigned count = ScanCount(p);
     const _GSWFPEN none = {};
     if (!startShape->pens.Add(none) || !endShape->pens.Add(none)) return 0;
+    p->ReserveEntries(startShape->pens, count, 12); // two widths and two colours
+    p->ReserveEntries(endShape->pens, count, 12);
     for (unsigned i = 0; i < count; ++i) {
         _GSWFPEN start = {};
         _GSWFPEN end = {};

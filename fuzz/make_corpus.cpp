@@ -142,6 +142,92 @@ Bytes ButtonAndText() {
     return m.Build();
 }
 
+// A morph inside a sprite that a clip layer of another sprite masks, both
+// placed twice, with the morph's ratio changing in the sprite's frames.
+Bytes SpritesWithMorphAndClips() {
+    swf::Movie m = Base();
+    swf::Shape start, end;
+    start.MoveTo(0, 0).Fill1(1).LineStyle(1).LineTo(500, 0).CurveTo(700, 300, 500, 500).LineTo(0, 0);
+    end.MoveTo(0, 100).LineTo(300, 0).LineTo(600, 600).LineTo(0, 100);
+    m.tags.Add(swf::DefineMorphShape(1, swf::Rect{0, 700, 0, 600, 0}, swf::Rect{0, 600, 0, 600, 0},
+                                     {swf::MorphFill::Solid(C(200, 0, 0), C(0, 0, 200, 120))},
+                                     {{40, 0, C(0, 0, 0), C(0, 200, 0)}}, start, end));
+    m.tags.Add(swf::DefineShape(2, swf::Rect{0, 400, 0, 400, 0}, Square(400, {swf::Fill::Solid(C(0, 0, 0))}), 3));
+    swf::Tags morphing;
+    for (int f = 0; f < 3; ++f) {
+        swf::Place2 p;
+        p.depth = 1, p.move = f > 0, p.ratio = static_cast<uint16_t>(f * 30000);
+        if (f == 0) p.characterId = 1;
+        morphing.Add(swf::PlaceObject2(p)).Add(swf::ShowFrame());
+    }
+    m.tags.Add(swf::DefineSprite(3, morphing));
+    swf::Tags clipped;
+    swf::Place2 clip;
+    clip.depth = 1, clip.characterId = 2, clip.clipDepth = 4;
+    swf::Place2 inner;
+    inner.depth = 2, inner.characterId = 2, inner.clipDepth = 3, inner.matrix = swf::Matrix::Translate(100, 100);
+    clipped.Add(swf::PlaceObject2(clip)).Add(swf::PlaceObject2(inner)).Add(swf::PlaceObject(3, 3, swf::Matrix()));
+    clipped.Add(swf::ShowFrame()).Add(swf::RemoveObject2(2)).Add(swf::ShowFrame());
+    m.tags.Add(swf::DefineSprite(4, clipped));
+    for (uint16_t d = 1; d <= 2; ++d) m.tags.Add(swf::PlaceObject(4, d, swf::Matrix::Translate(d * 300, d * 200)));
+    m.tags.Add(swf::ShowFrame()).Add(swf::ShowFrame()).Add(swf::ShowFrame());
+    return m.Build();
+}
+
+// A DefineFont with its font info, static text of both versions, a font
+// with wide codes and kerning, and edit fields: glyph text wrapped over
+// lines, and device text with a border.
+Bytes FontsAndTexts() {
+    swf::Movie m = Base();
+    swf::Shape glyph, bar;
+    glyph.MoveTo(0, 0).Fill1(1).LineTo(500, 0).CurveTo(600, -350, 500, -700).LineTo(0, -700).LineTo(0, 0);
+    bar.MoveTo(0, 0).Fill1(1).LineTo(100, 0).LineTo(100, -700).LineTo(0, 0);
+    m.tags.Add(swf::DefineFont(1, {glyph, bar})).Add(swf::DefineFontInfo(1, "Serif", 0x02, {'a', 'b'}));
+    swf::Font2 font;
+    font.id = 2, font.flags = 0x80 | 0x04, font.name = "Wide";
+    font.glyphs = {glyph, bar, glyph};
+    font.codes = {'x', 0x263A, 'y'};
+    font.advances = {600, 200, 600};
+    font.bounds.assign(3, swf::Rect{0, 600, -700, 0, 0});
+    font.kerning = {{'x', 'y', -100}, {'y', 'x', 50}};
+    m.tags.Add(swf::DefineFont2(font));
+    swf::TextRecord a{uint16_t{1}, 200, C(0, 0, 0), int16_t{0}, int16_t{300}, {{0, 300}, {1, 150}, {0, 300}}};
+    swf::TextRecord b{uint16_t{2}, 300, C(90, 0, 0, 128), int16_t{50}, int16_t{700}, {{2, 400}, {0, 400}}};
+    m.tags.Add(swf::DefineText(3, swf::Rect{0, 1200, 0, 800, 0}, swf::Matrix(), {a}, 1));
+    m.tags.Add(swf::DefineText(4, swf::Rect{0, 1200, 0, 800, 0}, swf::Matrix::Scale(1.5, 0.8), {b}, 2));
+    swf::EditText wrapped;
+    wrapped.id = 5, wrapped.bounds = swf::Rect{0, 900, 0, 800, 0};
+    wrapped.flags = swf::kEditMultiline | swf::kEditWordWrap | swf::kEditUseOutlines;
+    wrapped.font = std::make_pair(uint16_t{2}, uint16_t{200});
+    wrapped.text = "xy yx xxyy\nyx xy";
+    swf::EditText device;
+    device.id = 6, device.bounds = swf::Rect{0, 1500, 0, 300, 0};
+    device.flags = swf::kEditBorder | swf::kEditReadOnly;
+    device.font = std::make_pair(uint16_t{7}, uint16_t{240});
+    device.color = C(0, 0, 120);
+    device.layout = swf::EditLayout{1, 20, 20, 0, 40};
+    device.text = "device text";
+    m.tags.Add(swf::DefineEditText(wrapped)).Add(swf::DefineEditText(device));
+    for (uint16_t id = 3; id <= 6; ++id) m.tags.Add(swf::PlaceObject(id, id, swf::Matrix::Translate(id * 50, id * 200)));
+    m.tags.Add(swf::ShowFrame());
+    return m.Build();
+}
+
+// Buttons of both versions with records for several states and layers.
+Bytes Buttons() {
+    swf::Movie m = Base();
+    m.tags.Add(swf::DefineShape(1, swf::Rect{0, 300, 0, 300, 0}, Square(300, {swf::Fill::Solid(C(0, 90, 0))}), 1));
+    m.tags.Add(swf::DefineShape(2, swf::Rect{0, 300, 0, 300, 0}, Square(300, {swf::Fill::Solid(C(90, 0, 0, 100))}), 3));
+    swf::ButtonRecord up{0x01, 1, 1, swf::Matrix(), swf::Cxform()};
+    swf::ButtonRecord over{0x06, 2, 2, swf::Matrix::Translate(50, 50), swf::Cxform()};
+    swf::ButtonRecord both{0x09, 2, 3, swf::Matrix::Scale(0.5, 0.5, 100, 0),
+                           swf::Cxform{std::array<int16_t, 4>{128, 256, 256, 200}, {}, 0}};
+    m.tags.Add(swf::DefineButton(3, {up, over, both})).Add(swf::DefineButton2(4, {both, up}, true));
+    m.tags.Add(swf::PlaceObject(3, 1, swf::Matrix::Translate(100, 100)));
+    m.tags.Add(swf::PlaceObject(4, 2, swf::Matrix::Translate(700, 500))).Add(swf::ShowFrame()).Add(swf::ShowFrame());
+    return m.Build();
+}
+
 void Write(const std::string& dir, const std::string& name, uint8_t knobs, const Bytes& movie) {
     std::ofstream out(dir + "/" + name, std::ios::binary);
     out.put(static_cast<char>(knobs));
@@ -161,5 +247,8 @@ int main(int argc, char** argv) {
     Write(dir, "morph", 0x22, Morph());
     Write(dir, "sprite_mask", 0x41, SpriteWithMask());
     Write(dir, "button_text", 0x13, ButtonAndText());
+    Write(dir, "sprites_morph_clips", 0x57, SpritesWithMorphAndClips());
+    Write(dir, "fonts_texts", 0x24, FontsAndTexts());
+    Write(dir, "buttons", 0x9A, Buttons());
     return 0;
 }

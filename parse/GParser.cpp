@@ -170,6 +170,7 @@ int GParser::ScanBrushArray(GPointPoolArray<void>& brushes, GDictionary* diction
     unsigned count = ScanUI8();
     if (count == 0xFF) count = ScanUI16();
     if (error) return 0;
+    ReserveEntries(brushes, count, 1);
     for (unsigned i = 0; i < count; ++i) {
         // Once the data has run out every further style would be a null
         // entry read from nothing; stop rather than grow the array with them
@@ -199,6 +200,7 @@ int GParser::ScanPenArray(GDataArray<_GSWFPEN>& pens, int withAlpha, GError* err
         Push(errors, kErrPenArray);
         return 0;
     }
+    ReserveEntries(pens, count, 5); // a width and a colour
     for (unsigned i = 0; i < count; ++i) {
         _GSWFPEN pen;
         pen.width = ScanUI16() * 0.05;

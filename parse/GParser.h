@@ -26,6 +26,15 @@ public:
     // Reads a tag header here: the code, with the body length in `length`.
     unsigned ScanTag(unsigned& length);
 
+    // Reserves room in `array` for `count` more entries of at least
+    // `bytesEach` bytes each, but no more than the bytes left can hold: a
+    // count read from the movie reserves once, and a huge count over a short
+    // tag reserves only what could really follow.
+    template <class Array> void ReserveEntries(Array& array, unsigned count, unsigned bytesEach) {
+        unsigned most = Remaining() / bytesEach;
+        array.Reserve(array.GetCount() + static_cast<int>(count < most ? count : most));
+    }
+
     int ScanSWFRect(_GRECT& r, GError* errors);
     int ScanSWFMatrix(GMatrix* m, GError* errors);
     int ScanColorMatrix(GCxform& cx, int withAlpha, GError* errors);

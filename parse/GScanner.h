@@ -68,6 +68,15 @@ public:
     // One byte of the buffer; 0 at or beyond the host buffer's end.
     unsigned Byte(const unsigned char* p) const { return p < limit ? *p : 0u; }
 
+    // Whole bytes left in the range (its inclusive end counted), 0 once
+    // overrun: a count read here can describe at most this many entries of
+    // one byte or more.
+    unsigned Remaining() const {
+        if (!cur || !end || cur > end || error) return 0;
+        uintptr_t left = static_cast<uintptr_t>(end - cur) + 1 - (bitPos != 0 ? 1 : 0);
+        return left > 0xFFFFFFFFu ? 0xFFFFFFFFu : static_cast<unsigned>(left);
+    }
+
     int32_t GetPosition() {
         if (!start) {
             error = 1;

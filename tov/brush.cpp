@@ -7,6 +7,7 @@
 #include "tov/internal.h"
 
 #include <cmath>
+#include <new>
 
 using namespace tov;
 
@@ -117,18 +118,18 @@ tovObject *tovCreatePen(tovCanvas *c, const tovPenSpec *pen)
         return nullptr;
     double w = pen ? pen->width : 0.0;
     // Width 0 (and anything not a positive number) is the one-pixel hairline.
-    o->radius = w > 0.0 ? (w / 2 < kMaxPenRadius ? w / 2 : kMaxPenRadius) : 0.5;
+    o->pen.radius = w > 0.0 ? (w / 2 < kMaxPenRadius ? w / 2 : kMaxPenRadius) : 0.5;
     // Round joins and caps are walked in steps of the largest angle whose
     // chord stays within the tolerance of the circle, at most 45 degrees.
-    double step = o->radius > kTolerance ? 2 * std::acos(1 - kTolerance / o->radius) : kQuarterPi;
+    double step = o->pen.radius > kTolerance ? 2 * std::acos(1 - kTolerance / o->pen.radius) : kQuarterPi;
     step = step < kQuarterPi ? step : kQuarterPi;
-    o->arcCos = std::cos(step);
-    o->arcSin = std::sin(step);
-    o->arcGrow = std::sqrt(step / o->arcSin);
+    o->pen.arcCos = std::cos(step);
+    o->pen.arcSin = std::sin(step);
+    o->pen.arcGrow = std::sqrt(step / o->pen.arcSin);
     // The corner of two offset lines turning by t lies r (1 / cos(t / 2) - 1)
     // outside the circle; within the tolerance while cos t is at least this.
-    double inside = o->radius / (o->radius + kTolerance);
-    o->miterDot = 2 * inside * inside - 1;
+    double inside = o->pen.radius / (o->pen.radius + kTolerance);
+    o->pen.miterDot = 2 * inside * inside - 1;
     if (pen)
         o->color = premultiply(pen->color.red, pen->color.green, pen->color.blue, pen->color.alpha);
     o->opaque = (o->color >> 24) == 255;
@@ -158,7 +159,9 @@ tovObject *tovCreateGradientBrush(tovCanvas *c, int type, int count, const tovGr
     tovObject *o = newObject(c, type == 3 ? kRadial : kLinear);
     if (!o)
         return nullptr;
-    if ((type != 2 && type != 3) || !stops || count <= 0 || !matrix) {
+    if (!o->table)
+        o->table = new (std::nothrow) uint32_t[256];
+    if ((type != 2 && type != 3) || !stops || count <= 0 || !matrix || !o->table) {
         o->kind = kInvisible;
         return o;
     }

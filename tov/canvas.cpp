@@ -42,6 +42,7 @@ void tovDestroy(tovCanvas *c)
         return;
     for (tovObject *o = c->allObjects; o;) {
         tovObject *next = o->nextAll;
+        delete[] o->table;
         delete o;
         o = next;
     }
@@ -114,7 +115,7 @@ tovObject *newObject(tovCanvas *c, uint8_t kind)
     }
     o->kind = kind;
     o->nextFree = nullptr;
-    o->radius = 0;
+    o->pen.radius = 0;
     o->color = 0;
     o->opaque = false;
     return o;

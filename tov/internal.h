@@ -200,19 +200,26 @@ uint32_t premultiply(unsigned r, unsigned g, unsigned b, unsigned a);
 
 } // namespace tov
 
-// A pen or a brush. Gradients carry their inverse matrix in table units per
-// pixel and a 256-entry premultiplied colour table, so a pixel's colour is
-// integer steps and one lookup.
+// A pen or a brush. Gradients carry their inverse matrix and a 256-entry
+// premultiplied colour table, so a pixel's colour is integer steps and one
+// lookup; the table lives in a block of its own, so that pens and solid
+// colours stay small however many a shape has.
 struct tovObject {
     uint8_t kind;
-    double radius;       // pens: half the stroke width in pixels
-    double arcCos, arcSin; // pens: rotation by the angle of one chord of a round join or cap
-    double arcGrow;        // pens: how far inner arc vertices sit outside the circle
-    double miterDot;       // pens: smallest cosine of a turn whose corner is within tolerance
-    uint32_t color;      // pens and solid brushes: premultiplied ARGB
-    double inverse[6];   // gradients: output pixel -> gradient square
-    bool opaque;         // every colour it paints has alpha 255
-    uint32_t table[256]; // gradients: premultiplied colour per ratio
+    bool opaque;    // every colour it paints has alpha 255
+    uint32_t color; // pens and solid brushes: premultiplied ARGB
+    struct PenShape {
+        double radius;         // half the stroke width in pixels
+        double arcCos, arcSin; // rotation by the angle of one chord of a round join or cap
+        double arcGrow;        // how far inner arc vertices sit outside the circle
+        double miterDot;       // smallest cosine of a turn whose corner is within tolerance
+    };
+    union {
+        PenShape pen;      // pens
+        double inverse[6]; // gradients: output pixel -> gradient square
+    };
+    uint32_t *table;     // gradients: premultiplied colour per ratio (256 entries),
+                         // made with the first gradient use and kept on recycling
     tovObject *nextFree; // free list of the owning canvas
     tovObject *nextAll;  // every object the canvas made, for tovDestroy
 };

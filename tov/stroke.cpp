@@ -216,7 +216,7 @@ void buildStrokes(tovCanvas *c, const Box &clip)
         int32_t pen = sp[i].pen;
         if (penDraws(c, pen)) {
             const tovObject *po = c->pens[size_t(pen)];
-            Outline o{c, pen, po->radius, po->arcCos, po->arcSin, po->arcGrow, po->miterDot, 0, 0, 0, 0};
+            Outline o{c, pen, po->pen.radius, po->pen.arcCos, po->pen.arcSin, po->pen.arcGrow, po->pen.miterDot, 0, 0, 0, 0};
             verts.clear();
             Vec lo{sp[i].x, sp[i].y}, hi = lo;
             for (size_t k = i; k < j; ++k) {
@@ -233,7 +233,7 @@ void buildStrokes(tovCanvas *c, const Box &clip)
             }
             // Arc vertices sit at most a few percent outside the pen's
             // circle, and inner join points stay within the stroke.
-            double reach = po->radius * 1.1 + 2;
+            double reach = po->pen.radius * 1.1 + 2;
             bool meets = hi.x + reach > clip.left && lo.x - reach < clip.right && hi.y + reach > clip.top &&
                          lo.y - reach < clip.bottom;
             if (meets && !verts.empty()) {

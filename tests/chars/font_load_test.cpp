@@ -3,6 +3,8 @@
 // kerning, and the by-code lookups that edit text relies on.
 #include <gtest/gtest.h>
 
+#include <random>
+
 #include <string>
 
 #include "chars/BFont.h"
@@ -249,19 +251,38 @@ TEST(Font2Load, CodeTableCutShortRejectsTheFont) {
     EXPECT_EQ(font.glyphCount, 0u);
 }
 
-TEST(FontLookup, ByCodeTheFirstGlyphWins) {
-    swf::Font2 def = LayoutFont();
-    def.glyphs.push_back(swf::SquareGlyph());
-    def.codes = {'a', 'b', 'a'};
-    def.advances = {10, 20, 30};
-    def.bounds.push_back(swf::Rect{});
-    DictionaryFixture f({{1, swf::DefineFont2(def)}});
-    BFont font;
-    ASSERT_EQ(Load(font, f), 1);
-    EXPECT_EQ(font.GetShapeByCode('a'), font.glyphs[0]);
-    EXPECT_EQ(font.GetShapeByCode('b'), font.glyphs[1]);
-    EXPECT_EQ(font.GetShapeByCode('c'), nullptr);
-    EXPECT_EQ(font.GetAdvanceByCode('a'), 10);
+// Lookups by code answer as a walk of the tables from the start would: the
+// first glyph and the first kerning pair with the codes win, over fonts of
+// random codes (repeated, wide, past 127) and random kerning pairs.
+TEST(FontLookup, ByCodeTheFirstEntryWins) {
+    std::mt19937 rng(5);
+    auto code = [&rng] { return static_cast<uint16_t>(rng() % 3 ? rng() % 140 : rng() % 700); };
+    for (int round = 0; round < 20; ++round) {
+        swf::Font2 def = LayoutFont();
+        def.flags = 0x80 | 0x04;
+        def.glyphs.assign(40, swf::SquareGlyph());
+        def.bounds.assign(40, swf::Rect{});
+        def.codes.clear(), def.advances.clear(), def.kerning.clear();
+        for (int i = 0; i < 40; ++i) def.codes.push_back(code()), def.advances.push_back(static_cast<int16_t>(i + 1));
+        for (int i = 0; i < 60; ++i) def.kerning.push_back({code(), code(), static_cast<int16_t>(i + 1)});
+        DictionaryFixture f({{1, swf::DefineFont2(def)}});
+        BFont font;
+        ASSERT_EQ(Load(font, f), 1);
+        for (int c = -3; c < 200; ++c) {
+            int first = -1;
+            for (int i = 39; i >= 0; --i) first = def.codes[static_cast<size_t>(i)] == c ? i : first;
+            ASSERT_EQ(font.GetShapeByCode(c), first < 0 ? nullptr : font.glyphs[first]) << c;
+            ASSERT_EQ(font.GetAdvanceByCode(c), first < 0 ? 0 : first + 1) << c;
+            for (int d = -1; d < 140; d += 3) {
+                int kern = 0;
+                for (int i = 59; i >= 0; --i) {
+                    const swf::Kerning& k = def.kerning[static_cast<size_t>(i)];
+                    kern = k.code1 == c && k.code2 == d ? k.adjustment : kern;
+                }
+                ASSERT_EQ(font.GetKerningByCode(c, d), kern) << c << "," << d;
+            }
+        }
+    }
 }
 
 TEST(FontLookup, HasGlyphComparesBytesAsSignedChars) {
