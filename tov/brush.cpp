@@ -81,7 +81,7 @@ void gradientColors(const tovObject *g, int y, int x, int n, uint32_t *out)
     while (x < end) {
         // Columns from x to the end of its block start from the block's own
         // first column.
-        int block = int((int64_t(x) >> kBlockShift) << kBlockShift);
+        int block = int((int64_t(x) >> kBlockShift) * (int64_t(1) << kBlockShift));
         int stop = block + (1 << kBlockShift) < end ? block + (1 << kBlockShift) : end;
         double px = block + 0.5;
         int64_t i = x - block;

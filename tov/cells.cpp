@@ -159,7 +159,7 @@ template <class Sink>
 inline void addSteepPiece(Sink &s, int r, int64_t xa, int64_t xb, int64_t h, double rise)
 {
     int64_t xl = xa < xb ? xa : xb, xr = xa < xb ? xb : xa;
-    int64_t i = xl >> kFixedShift, side = (i + 1) << kFixedShift;
+    int64_t i = xl >> kFixedShift, side = (i + 1) * kOne;
     if (i < 0 || i + 2 >= s.cols()) {
         addPiece(s, r, xa, xb, h, rise);
         return;

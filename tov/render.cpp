@@ -178,11 +178,11 @@ void singlePass(tovCanvas *c, const Target &t, const Box &clip, const Edge *edge
         !zeroedResize(c->touched, size_t(band) * words, c->touchedZeroed) || !reserveSpans(c, cols))
         return;
     Grid g{c->cells.data(), c->touched.data(), cols, words, band, int(cols)};
-    int64_t fl = int64_t(area.left) << kFixedShift;
+    int64_t fl = int64_t(area.left) * kFixedOne;
     scanBands(
         c, edges, count, area, band, keep,
         [&](const Edge &e, int top, int rows) {
-            int64_t ft = int64_t(top) << kFixedShift;
+            int64_t ft = int64_t(top) * kFixedOne;
             g.rows = rows;
             accumulateDense(g, e.x0 - fl, e.y0 - ft, e.x1 - fl, e.y1 - ft,
                             weightOf(weight, e.left) - weightOf(weight, e.right));
@@ -244,12 +244,12 @@ void compoundPass(tovCanvas *c, const Target &t, const Box &clip)
         }
     }
     SparseBand b{c->rowCells.data(), band, int(cols)};
-    int64_t fl = int64_t(area.left) << kFixedShift;
+    int64_t fl = int64_t(area.left) * kFixedOne;
     bool ok = true;
     scanBands(
         c, edges, count, area, band, keep,
         [&](const Edge &e, int top, int rows) {
-            int64_t ft = int64_t(top) << kFixedShift;
+            int64_t ft = int64_t(top) * kFixedOne;
             b.count = rows;
             ok = accumulateSparse(b, e.x0 - fl, e.y0 - ft, e.x1 - fl, e.y1 - ft, slot(e.left), slot(e.right)) && ok;
         },
