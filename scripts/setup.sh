@@ -4,7 +4,7 @@
 set -euo pipefail
 need=(cmake ninja-build g++ clang libclang-rt-14-dev pkg-config libgtest-dev libgmock-dev
       libbenchmark-dev libcairo2-dev libagg-dev zlib1g-dev libpng-dev libfreetype-dev
-      libfontconfig-dev libcli11-dev fonts-dejavu-core)
+      libfontconfig-dev libcli11-dev fonts-dejavu-core libwebp-dev ffmpeg)
 missing=()
 for p in "${need[@]}"; do
   dpkg-query -W -f='${Status}' "$p" 2>/dev/null | grep -q "install ok installed" || missing+=("$p")

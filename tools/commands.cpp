@@ -51,22 +51,43 @@ void RunRender(const RenderOptions& options) {
               options.movie + ", which has frames 1-" + std::to_string(count));
     }
     MovieRenderer renderer(movie, options.settings);
+    AnimationOptions animationOptions = options.animation;
+    uint8_t background[4];
+    renderer.BackgroundPixel(background);
+    std::copy(background, background + 3, animationOptions.background);
+    animationOptions.transparent = background[3] != 255;
+    if (animationOptions.repeat < 1) Usage("--repeat needs a count of 1 or more");
+    std::unique_ptr<AnimationWriter> animation =
+        options.output == "-" ? nullptr
+                              : OpenAnimation(options.output, renderer.width(), renderer.height(), movie.frameRate,
+                                              animationOptions);
     const bool toStdout = options.output == "-";
-    const FramePattern pattern(options.output);
-    if (last > first && (toStdout || !pattern.numbered())) {
+    const FramePattern pattern(animation ? "" : options.output);
+    if (!animation && last > first && (toStdout || !pattern.numbered())) {
         Usage("rendering " + std::to_string(last - first + 1) + " frames needs an output pattern " +
-              "with a frame number such as frame_%04d.png (or pick one frame with --frame)");
+              "with a frame number such as frame_%04d.png, or a .webp, .mp4, .webm or .mkv file " +
+              "(or pick one frame with --frame)");
     }
-    Progress progress(last - first + 1, !options.quiet);
+    const int repeats = animation ? animationOptions.repeat : 1;
+    const int total = (last - first + 1) * repeats;
+    Progress progress(total, !options.quiet);
     std::vector<uint8_t> rgba;
-    for (int frame = 1; frame <= last; ++frame) {
-        renderer.Advance(frame >= first);
-        if (frame < first) continue;
-        renderer.ToRGBA(rgba);
-        WritePng(toStdout ? "-" : pattern.Format(frame), renderer.width(), renderer.height(), rgba);
-        progress.Update(frame - first + 1);
+    int written = 0;
+    for (int round = 0; round < repeats; ++round) {
+        if (round > 0) renderer.Restart();
+        for (int frame = 1; frame <= last; ++frame) {
+            renderer.Advance(frame >= first);
+            if (frame < first) continue;
+            renderer.ToRGBA(rgba);
+            if (animation)
+                animation->AddFrame(rgba, FrameStartMs(written, movie.frameRate));
+            else
+                WritePng(toStdout ? "-" : pattern.Format(frame), renderer.width(), renderer.height(), rgba);
+            progress.Update(++written);
+        }
     }
-    progress.Finish(last - first + 1, options.quiet ? nullptr : toStdout ? stderr : stdout);
+    if (animation) animation->Finish(FrameStartMs(written, movie.frameRate));
+    progress.Finish(total, options.quiet ? nullptr : toStdout ? stderr : stdout);
 }
 
 void RunThumb(const ThumbOptions& options) {

@@ -5,6 +5,7 @@
 
 #include <string>
 
+#include "animation.h"
 #include "movie_renderer.h"
 
 struct InfoOptions {
@@ -17,6 +18,7 @@ struct RenderOptions {
     std::string output;
     int firstFrame = 0, lastFrame = 0;  // 1-based, inclusive; 0 means the movie's first / last
     RenderSettings settings;
+    AnimationOptions animation;  // for .webp, .mp4, .webm and .mkv outputs
     bool quiet = false;
 };
 

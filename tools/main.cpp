@@ -97,10 +97,13 @@ int main(int argc, char** argv) {
     int frame = 0;
     unsigned orientation = 0;
     double scale = 1.0;
-    CLI::App* renderCmd = app.add_subcommand("render", "Render frames to PNG files.");
+    CLI::App* renderCmd = app.add_subcommand(
+        "render", "Render frames to PNG files, or the whole movie to an animated WebP or a video.");
     renderCmd->add_option("MOVIE", render.movie, "SWF movie (FWS or CWS)")->required();
     renderCmd->add_option("-o,--output", render.output,
-                          "Output pattern such as out/frame_%04d.png; - writes one PNG to stdout")
+                          "Output: a pattern such as out/frame_%04d.png (- writes one PNG to stdout), "
+                          "or one animated movie.webp, or a video movie.mp4, movie.webm or movie.mkv "
+                          "(through the ffmpeg program)")
         ->required();
     CLI::Option* framesOpt =
         renderCmd->add_option("--frames", frames, "Frame range A-B, A- or A (frames from 1)");
@@ -119,6 +122,17 @@ int main(int argc, char** argv) {
     renderCmd->add_flag("--full", render.settings.full,
                         "Repaint every frame instead of only the update boxes");
     renderCmd->add_flag("-q,--quiet", render.quiet, "No progress bar and no summary line");
+    renderCmd->add_option("--quality", render.animation.quality,
+                          "WebP: lossy at quality 0..100 (default: lossless)")
+        ->check(CLI::Range(0, 100));
+    renderCmd->add_option("--loop", render.animation.loop, "WebP: times the animation plays, 0 forever (default)")
+        ->check(CLI::Range(0, 65535));
+    renderCmd->add_option("--crf", render.animation.crf,
+                          "Video: constant rate factor, lower is better (default 23 for H.264, 32 for VP9)")
+        ->check(CLI::Range(0, 63));
+    renderCmd->add_option("--repeat", render.animation.repeat,
+                          "WebP and video: play the timeline this many times (default 1)")
+        ->check(CLI::Range(1, 1000));
     renderCmd->footer(kExitCodes);
 
     ThumbOptions thumb;

@@ -111,6 +111,11 @@ void MovieRenderer::Advance(bool draw) {
     needFull_ = false;
 }
 
+void MovieRenderer::Restart() {
+    zelEngineReset(engine_.get());
+    needFull_ = true;
+}
+
 void MovieRenderer::ToRGBA(std::vector<uint8_t>& rgba) const {
     rgba.resize(size_t(geometry_.imageWidth) * size_t(geometry_.imageHeight) * 4);
     for (int y = 0; y < geometry_.imageHeight; ++y) {

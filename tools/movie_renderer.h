@@ -37,6 +37,8 @@ public:
     // Moves to the next frame; draws it when draw is set. A frame that is not
     // drawn makes the next drawn frame a full repaint.
     void Advance(bool draw);
+    // Rewinds the movie: the next Advance shows its first frame again.
+    void Restart();
 
     // The background as ToRGBA shows it.
     void BackgroundPixel(uint8_t rgba[4]) const;

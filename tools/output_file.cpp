@@ -16,8 +16,10 @@
 namespace {
 
 char g_pendingTemp[4096];
+volatile pid_t g_pendingChild = 0;
 
 void OnSignal(int signo) {
+    if (g_pendingChild > 0) ::kill(g_pendingChild, SIGKILL);
     if (g_pendingTemp[0]) ::unlink(g_pendingTemp);
     std::signal(signo, SIG_DFL);
     std::raise(signo);
@@ -35,13 +37,15 @@ void SetPending(const std::string& temp) {
 
 }  // namespace
 
+void SetPendingChild(pid_t child) { g_pendingChild = child; }
+
 void InstallOutputCleanupHandlers() {
     std::signal(SIGINT, OnSignal);
     std::signal(SIGTERM, OnSignal);
     std::signal(SIGHUP, OnSignal);
 }
 
-OutputFile::OutputFile(const std::string& path) : path_(path) {
+OutputFile::OutputFile(const std::string& path, bool keepExtension) : path_(path) {
     if (path == "-") {
         file_ = stdout;
         return;
@@ -50,8 +54,10 @@ OutputFile::OutputFile(const std::string& path) : path_(path) {
     const std::string dir = slash == std::string::npos ? "" : path.substr(0, slash + 1);
     const std::string base = slash == std::string::npos ? path : path.substr(slash + 1);
     if (base.empty()) Fail(path, "output name is a directory");
-    std::string pattern = dir + "." + base + ".XXXXXX";
-    const int fd = ::mkstemp(pattern.data());
+    const size_t dot = base.rfind('.');
+    const std::string suffix = keepExtension && dot != std::string::npos ? base.substr(dot) : "";
+    std::string pattern = dir + "." + base + ".XXXXXX" + suffix;
+    const int fd = ::mkstemps(pattern.data(), int(suffix.size()));
     if (fd < 0) Fail(path, std::string("cannot create output: ") + std::strerror(errno));
     temp_ = pattern;
     SetPending(temp_);
@@ -69,6 +75,11 @@ OutputFile::OutputFile(const std::string& path) : path_(path) {
 
 OutputFile::~OutputFile() { Discard(); }
 
+void OutputFile::CloseStream() {
+    if (file_ && file_ != stdout) std::fclose(file_);
+    file_ = nullptr;
+}
+
 void OutputFile::Discard() {
     if (file_ && file_ != stdout) std::fclose(file_);
     file_ = nullptr;
@@ -85,8 +96,8 @@ void OutputFile::Commit() {
         file_ = nullptr;
         return;
     }
-    const bool written = std::ferror(file_) == 0;
-    const int closed = std::fclose(file_);
+    const bool written = !file_ || std::ferror(file_) == 0;
+    const int closed = file_ ? std::fclose(file_) : 0;
     file_ = nullptr;
     if (!written || closed != 0) {
         const int err = errno;

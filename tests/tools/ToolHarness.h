@@ -66,7 +66,8 @@ protected:
         return RunProgram(args);
     }
 
-    RunResult RunProgram(const std::vector<std::string>& args) const {
+    // env: the environment the program gets (default: this process's).
+    RunResult RunProgram(const std::vector<std::string>& args, const std::vector<std::string>* env = nullptr) const {
         std::vector<char*> argv;
         for (const std::string& a : args) argv.push_back(const_cast<char*>(a.c_str()));
         argv.push_back(nullptr);
@@ -78,7 +79,12 @@ protected:
         posix_spawn_file_actions_addopen(&actions, 0, "/dev/null", O_RDONLY, 0);
         RunResult r;
         pid_t pid;
-        if (posix_spawn(&pid, argv[0], &actions, nullptr, argv.data(), environ) == 0) {
+        std::vector<char*> envp;
+        if (env) {
+            for (const std::string& e : *env) envp.push_back(const_cast<char*>(e.c_str()));
+            envp.push_back(nullptr);
+        }
+        if (posix_spawn(&pid, argv[0], &actions, nullptr, argv.data(), env ? envp.data() : environ) == 0) {
             int status = 0;
             ::waitpid(pid, &status, 0);
             r.exitCode = WIFEXITED(status) ? WEXITSTATUS(status) : 128 + WTERMSIG(status);
