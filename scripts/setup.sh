@@ -4,7 +4,8 @@
 set -euo pipefail
 need=(cmake ninja-build g++ clang libclang-rt-14-dev pkg-config libgtest-dev libgmock-dev
       libbenchmark-dev libcairo2-dev libagg-dev zlib1g-dev libpng-dev libfreetype-dev
-      libfontconfig-dev libcli11-dev fonts-dejavu-core libwebp-dev ffmpeg)
+      libfontconfig-dev libcli11-dev fonts-dejavu-core libwebp-dev ffmpeg libsdl2-dev xvfb xauth
+      desktop-file-utils shared-mime-info)
 missing=()
 for p in "${need[@]}"; do
   dpkg-query -W -f='${Status}' "$p" 2>/dev/null | grep -q "install ok installed" || missing+=("$p")
