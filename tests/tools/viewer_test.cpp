@@ -41,7 +41,11 @@ protected:
     RunResult View(const std::vector<std::string>& args) const {
         std::vector<std::string> all{ZELVIEW_PATH};
         all.insert(all.end(), args.begin(), args.end());
-        const std::vector<std::string> env{"DISPLAY=" + display_, "HOME=" + dir_, "PATH=/usr/bin:/bin"};
+        // SDL loads and unloads the X11 and D-Bus client libraries itself; what
+        // they keep shows as leaks from unknown modules under LeakSanitizer.
+        // The engine's own memory is checked by the other suites.
+        const std::vector<std::string> env{"DISPLAY=" + display_, "HOME=" + dir_, "PATH=/usr/bin:/bin",
+                                           "ASAN_OPTIONS=detect_leaks=0:abort_on_error=1"};
         return RunProgram(all, &env);
     }
 
