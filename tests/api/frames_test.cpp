@@ -1,0 +1,159 @@
+// Everything a host can observe, frame after frame, for the corpus movies
+// (every character type, clip layers, morphs, texts, buttons) and the
+// bundled sample: the pixels in every format, the update boxes, the frame
+// delay and frames left, the device-text records and the error codes, in
+// views that turn, move, zoom and transform the movie. Each view's frames
+// are hashed and compared with golden_frames.txt, so any change to what a
+// movie shows is seen here; ZEL_WRITE_GOLDEN=1 rewrites the file after a
+// change that is meant (look at the pictures first).
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <cstdio>
+#include <cstdlib>
+#include <cstring>
+#include <fstream>
+#include <map>
+#include <sstream>
+
+#include "api/EngineHost.h"
+#include "fixture/Corpus.h"
+
+namespace {
+
+struct View {
+    int width, height, format, bytesPerPixel;
+    unsigned orientation;
+    int originX, originY, multiplier, mode;
+    bool transform;
+    int bufferX, bufferY;  // output pixel shown at buffer pixel (0, 0)
+};
+
+// Every format once, every orientation, both play modes that repaint only
+// the changed parts and the two that repaint everything.
+const View kViews[] = {
+    {160, 120, ZEL_FORMAT_ARGB32, 4, 0, 0, 0, 1, 0, false, 0, 0},
+    {97, 61, ZEL_FORMAT_RGB565, 2, 1, 7, 5, 1, 2, false, 0, 0},
+    {120, 160, ZEL_FORMAT_RGB24, 3, 2, 0, 0, 1, 0, true, 0, 0},
+    {64, 64, ZEL_FORMAT_BGR24, 3, 3, -3, 4, 2, -1, false, 0, 0},
+    {80, 60, ZEL_FORMAT_RGB555, 2, 0, 0, 0, 1, 0, true, 0, 0},
+    {70, 50, ZEL_FORMAT_RGB444, 2, 1, 0, 0, 1, 1, false, 0, 0},
+    {90, 70, ZEL_FORMAT_BGR565, 2, 2, 0, 0, 1, 0, false, 12, 9},
+    {50, 40, ZEL_FORMAT_BGR24B, 3, 0, 0, 0, 3, 0, false, 20, 10},
+};
+
+class Hash {
+public:
+    void Add(const void* data, size_t size) {
+        const auto* p = static_cast<const uint8_t*>(data);
+        for (size_t i = 0; i < size; ++i) value_ = (value_ ^ p[i]) * 16777619u;
+    }
+    void Add(int v) { Add(&v, sizeof v); }
+    void Add(double v) { Add(int(v * 64)); }
+    uint32_t value() const { return value_; }
+
+private:
+    uint32_t value_ = 2166136261u;
+};
+
+Hash* textHash = nullptr;
+
+void HashText(_GDEVICETEXT* r, unsigned) {
+    textHash->Add(r->kind);
+    for (int v : r->box) textHash->Add(v);
+    for (int v : r->visible) textHash->Add(v);
+    if (r->kind != 0) return;
+    textHash->Add(r->text, std::strlen(r->text));
+    textHash->Add(r->fontName, std::strlen(r->fontName));
+    for (int v : {r->size, int(r->color), r->italic, r->bold, r->wordWrap, r->align}) textHash->Add(v);
+}
+
+// One hash per frame of the movie in the view.
+std::vector<uint32_t> FrameHashes(const swf::Bytes& movie, const View& v) {
+    host::Engine e(movie);
+    if (!e) return {};
+    const double turn[6] = {0.7, 0.3, 5, -0.3, 0.7, 9};
+    if (v.transform) zelEngineSetTransform(e.get(), turn);
+    zelEngineFlipCanvas(e.get(), v.orientation);
+    zelEngineSetOrg(e.get(), v.originX, v.originY);
+    zelEngineSetTextDraw(e.get(), HashText, 0);
+    const int stride = v.width * v.bytesPerPixel + 5;
+    std::vector<uint8_t> pixels(size_t(stride) * v.height, 0x5A);
+    _GOFFSCR buffer{v.bufferX, v.bufferY, v.width, v.height, v.format, reinterpret_cast<intptr_t>(pixels.data()),
+                    stride};
+    std::vector<uint32_t> hashes;
+    // Damage can declare up to 65535 frames; a dozen show what it does.
+    const int frames = std::min(zelEngineGetInt(e.get(), 1), 12);
+    for (int f = 0; f < frames; ++f) {
+        Hash h;
+        textHash = &h;
+        h.Add(zelEngineForward(e.get(), 1, v.width, v.height, v.multiplier));
+        for (const _GRECT& r : e.Boxes()) h.Add(r.left), h.Add(r.top), h.Add(r.right), h.Add(r.bottom);
+        h.Add(zelEnginePlay(e.get(), &buffer, 0, 0, v.width, v.height, v.mode));
+        h.Add(pixels.data(), pixels.size());
+        for (unsigned code : e.Errors()) h.Add(int(code));
+        hashes.push_back(h.value());
+    }
+    textHash = nullptr;
+    return hashes;
+}
+
+std::vector<corpus::Entry> Movies() {
+    std::vector<corpus::Entry> movies = corpus::All();
+    std::ifstream sample(SAMPLE_PATH, std::ios::binary);
+    movies.push_back({"sample", 0, swf::Bytes(std::istreambuf_iterator<char>(sample), {})});
+    return movies;
+}
+
+// Damaged copies of a movie: cut short at evenly spread lengths, and with
+// one byte set to 0x00, 0xFF or 0x80 at spread positions. What the engine
+// makes of them (pictures, boxes, error codes) is pinned like the rest.
+std::vector<corpus::Entry> Damaged(const corpus::Entry& m) {
+    std::vector<corpus::Entry> out;
+    const size_t n = m.movie.size();
+    for (size_t k = 1; k <= 6; ++k) {
+        const size_t cut = n * k / 7;
+        out.push_back({m.name + "~cut" + std::to_string(cut), 0, swf::Bytes(m.movie.begin(), m.movie.begin() + cut)});
+    }
+    uint32_t state = 12345;
+    for (int k = 0; k < 24; ++k) {
+        state = state * 1103515245u + 12345u;
+        const size_t at = 8 + (state >> 8) % (n - 8);
+        const uint8_t value = k % 3 == 0 ? 0x00 : k % 3 == 1 ? 0xFF : 0x80;
+        swf::Bytes bytes = m.movie;
+        bytes[at] = value;
+        out.push_back({m.name + "~" + std::to_string(at) + "=" + std::to_string(value), 0, bytes});
+    }
+    return out;
+}
+
+std::string Line(const std::string& name, size_t view, const std::vector<uint32_t>& hashes) {
+    std::string line = name + " " + std::to_string(view);
+    char hex[12];
+    for (uint32_t h : hashes) std::snprintf(hex, sizeof hex, " %08x", h), line += hex;
+    return line;
+}
+
+TEST(Frames, EveryViewOfEveryMovieShowsWhatItShowedBefore) {
+    std::map<std::string, std::string> golden;
+    {
+        std::ifstream in(GOLDEN_FRAMES);
+        for (std::string line; std::getline(in, line);) golden[line.substr(0, line.find(' ', line.find(' ') + 1))] = line;
+    }
+    const bool write = std::getenv("ZEL_WRITE_GOLDEN") != nullptr;
+    std::ostringstream out;
+    auto check = [&](const corpus::Entry& m, size_t v) {
+        const std::string line = Line(m.name, v, FrameHashes(m.movie, kViews[v]));
+        out << line << "\n";
+        if (!write) {
+            EXPECT_EQ(line, golden[m.name + " " + std::to_string(v)]);
+        }
+    };
+    for (const corpus::Entry& m : Movies()) {
+        for (size_t v = 0; v < std::size(kViews); ++v) check(m, v);
+        for (const corpus::Entry& d : Damaged(m)) check(d, 0);
+    }
+    if (write) std::ofstream(GOLDEN_FRAMES) << out.str();
+}
+
+}  // namespace
