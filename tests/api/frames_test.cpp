@@ -49,7 +49,7 @@ public:
         for (size_t i = 0; i < size; ++i) value_ = (value_ ^ p[i]) * 16777619u;
     }
     void Add(int v) { Add(&v, sizeof v); }
-    void Add(double v) { Add(int(v * 64)); }
+    void Add(double v) { Add(&v, sizeof v); }
     uint32_t value() const { return value_; }
 
 private:
