@@ -52,7 +52,7 @@ BButton::~BButton() { records.RemoveAll(); }
 
 int BButton::LoadSWFFile(void* tag, GDictionary* d) {
     int ok = 0;
-    BSprite::Nesting level;
+    BSprite::Nesting level(d);
     if (level.Entered()) {
         GParser p;
         p.Init(tag, 0, d ? d->movieEnd : nullptr);
@@ -172,7 +172,7 @@ int BButton::PrepareData(GClipBox* clip, GMatrix* m, int flag) {
     if (prepared) return multiFrame;
     // Reached again through a sprite that this button shows.
     if (busy_) return 0;
-    BSprite::Nesting level;
+    BSprite::Nesting level(dict);
     if (!level.Entered()) return 0;
     busy_ = 1;
     multiFrame = 0;
@@ -196,7 +196,7 @@ void BButton::EndScanFrame() {
     // button shown inside its own sprites is not walked again.
     if (!prepared) return;
     prepared = 0;
-    BSprite::Nesting level;
+    BSprite::Nesting level(dict);
     if (!level.Entered()) return;
     const GDataArray<ButtonRecord*>& shown = Layers();
     for (int i = 0; i < shown.count; ++i)
@@ -206,7 +206,7 @@ void BButton::EndScanFrame() {
 void BButton::Insert(GClipBox* clip, GMatrix* m) { Remove(clip, m); }
 
 void BButton::Remove(GClipBox* clip, GMatrix* m) {
-    BSprite::Nesting level;
+    BSprite::Nesting level(dict);
     if (!level.Entered()) return;
     const GDataArray<ButtonRecord*>& shown = Layers();
     for (int i = 0; i < shown.count; ++i) {
@@ -217,7 +217,7 @@ void BButton::Remove(GClipBox* clip, GMatrix* m) {
 
 _GRECT BButton::GetBoundingBox(GMatrix* m, GActor* actor, GCTRL_INFO* ctx) {
     _GRECT result = kEmptyBounds;
-    BSprite::Nesting level;
+    BSprite::Nesting level(dict);
     if (!actor || !level.Entered()) return result;
     GCTRL_INFO record;
     GMatrix matrix;
@@ -240,7 +240,7 @@ _GRECT BButton::GetBoundingBox(GMatrix* m, GActor* actor, GCTRL_INFO* ctx) {
 // Buttons open no masks and make no alpha test of their own.
 void BButton::Rendering(GStage* stage, GActor* actor, GCTRL_INFO* ctx, GDictionary* d) {
     if (!stage || !actor) return;
-    BSprite::Nesting level;
+    BSprite::Nesting level(d);
     if (!level.Entered()) return;
     GCTRL_INFO record;
     GMatrix matrix;

@@ -3,6 +3,7 @@
 // children; every walk down nested characters is bounded by Nesting.
 #include "chars/BSprite.h"
 
+#include <algorithm>
 #include <climits>
 #include <new>
 
@@ -80,8 +81,11 @@ void InstanceContext(GCTRL_INFO& record, GMatrix& m, GCxform& cx, GActor* actor,
 
 }  // namespace
 
-BSprite::Nesting::Nesting() : entered_(false) {
-    if (tWalk.depth == 0) tWalk.budget = kWalkBudget;
+BSprite::Nesting::Nesting(const GDictionary* dict) : entered_(false) {
+    if (tWalk.depth == 0) {
+        tWalk.budget = dict ? std::clamp(kLevelsPerByte * long(dict->movieBytes), kMinWalkBudget, kWalkBudget)
+                            : kWalkBudget;
+    }
     if (tWalk.depth >= kMaxNesting || tWalk.budget <= 0) return;
     ++tWalk.depth;
     --tWalk.budget;
@@ -155,7 +159,7 @@ int BSprite::PrepareData(GClipBox* clip, GMatrix* m, int flag) {
     // Reached again through a button that this sprite shows: the frame is
     // already being prepared further up.
     if (busy) return 0;
-    Nesting level;
+    Nesting level(dict);
     if (!level.Entered()) return 0;
     busy = 1;
     int changed = 0;
@@ -198,7 +202,7 @@ void BSprite::EndScanFrame() {
     // stopping here also keeps shared buttons from being walked again.
     if (!prepared) return;
     prepared = 0;
-    Nesting level;
+    Nesting level(dict);
     if (!level.Entered()) return;
     for (GActor* a = actors; a; a = a->next)
         if (a->character && a->character->IsComplex()) static_cast<BComplexChar*>(a->character)->EndScanFrame();
@@ -413,14 +417,14 @@ void BSprite::ReleaseActorList(int full, GClipBox* clip, GMatrix* m) {
 void BSprite::Insert(GClipBox* clip, GMatrix* m) { Remove(clip, m); }
 
 void BSprite::Remove(GClipBox* clip, GMatrix* m) {
-    Nesting level;
+    Nesting level(dict);
     if (!level.Entered()) return;
     for (GActor* a = actors; a; a = a->next) a->RemoveOpt(clip, m);
 }
 
 _GRECT BSprite::GetBoundingBox(GMatrix* m, GActor* actor, GCTRL_INFO* ctx) {
     _GRECT result = kEmptyBounds;
-    Nesting level;
+    Nesting level(dict);
     if (!actor || !level.Entered()) return result;
     GCTRL_INFO record;
     GMatrix matrix;
@@ -448,7 +452,7 @@ _GRECT BSprite::GetBoundingBox(GMatrix* m, GActor* actor, GCTRL_INFO* ctx) {
 
 void BSprite::Rendering(GStage* stage, GActor* actor, GCTRL_INFO* ctx, GDictionary* d) {
     if (!stage || !actor || frameCount == 0 || !actors) return;
-    Nesting level;
+    Nesting level(dict);
     if (!level.Entered()) return;
     GCTRL_INFO record;
     GMatrix matrix;

@@ -29,12 +29,18 @@ public:
     // started at the outermost call has entered kWalkBudget levels in all: a
     // movie whose sprites or buttons contain themselves, or are nested
     // thousands deep, can then neither overflow the stack nor run for ever.
+    // A walk over a movie of n bytes may enter kLevelsPerByte * n levels
+    // (at least kMinWalkBudget, at most kWalkBudget): a small file that nests
+    // buttons and sprites into each other cannot cost more than its size
+    // justifies. Without a dictionary the full budget applies.
     class Nesting {
     public:
         static constexpr int kMaxNesting = 64;
         static constexpr long kWalkBudget = 1L << 18;
+        static constexpr long kMinWalkBudget = 1L << 14;
+        static constexpr long kLevelsPerByte = 64;
 
-        Nesting();
+        explicit Nesting(const GDictionary* dict = nullptr);
         ~Nesting();
         Nesting(const Nesting&) = delete;
         Nesting& operator=(const Nesting&) = delete;

@@ -37,6 +37,9 @@ public:
     // One past the last byte of the host's movie buffer: every parser made
     // over a definition tag is bounded by it.
     const unsigned char* movieEnd = nullptr;
+    // The movie's length in bytes: what a walk down nested sprites may cost
+    // is bounded by it.
+    unsigned movieBytes = 0;
 
     GDictionary();
     ~GDictionary();

@@ -66,7 +66,10 @@ GFile::GFile(const void* buffer, unsigned int length) {
     stage.dictionary = &dictionary;
 
     Init(buffer, length);
-    if (buffer) dictionary.movieEnd = static_cast<const unsigned char*>(buffer) + length;
+    if (buffer) {
+        dictionary.movieEnd = static_cast<const unsigned char*>(buffer) + length;
+        dictionary.movieBytes = length;
+    }
     unsigned f = ScanUI8(), w = ScanUI8(), s = ScanUI8();
     if (f == 'F' && w == 'W' && s == 'S' && !error) {
         version = static_cast<int32_t>(ScanUI8());

@@ -61,19 +61,30 @@ TEST(SpriteNesting, LevelsPastTheBoundAreRefused) {
     EXPECT_EQ(BSprite::Nesting::Depth(), 0);
 }
 
+// The budget follows the movie's size: 64 levels a byte, between 2^14 and
+// 2^18; without a dictionary, 2^18.
 TEST(SpriteNesting, WalkBudgetEndsARunawayWalkAndRenewsForTheNext) {
-    {
-        BSprite::Nesting outer;
-        ASSERT_TRUE(outer.Entered());
-        long entered = 1;
-        for (long i = 0; i < BSprite::Nesting::kWalkBudget + 10; ++i) {
-            BSprite::Nesting inner;
-            if (inner.Entered()) ++entered;
+    const struct {
+        bool withDictionary;
+        unsigned movieBytes;
+        long budget;
+    } cases[] = {{false, 0, 1L << 18}, {true, 255, 1L << 14}, {true, 1000, 64000}, {true, 100000, 1L << 18}};
+    for (const auto& c : cases) {
+        GDictionary dict;
+        dict.movieBytes = c.movieBytes;
+        {
+            BSprite::Nesting outer(c.withDictionary ? &dict : nullptr);
+            ASSERT_TRUE(outer.Entered());
+            long entered = 1;
+            for (long i = 0; i < BSprite::Nesting::kWalkBudget + 10; ++i) {
+                BSprite::Nesting inner(&dict);
+                if (inner.Entered()) ++entered;
+            }
+            EXPECT_EQ(entered, c.budget) << c.movieBytes;
         }
-        EXPECT_EQ(entered, BSprite::Nesting::kWalkBudget);
+        BSprite::Nesting fresh;
+        EXPECT_TRUE(fresh.Entered());
     }
-    BSprite::Nesting fresh;
-    EXPECT_TRUE(fresh.Entered());
 }
 
 TEST(SpriteNesting, SelfMutualAndDeepChainsStopAtTheLevelBound) {
