@@ -2,7 +2,8 @@
 // (every character type, clip layers, morphs, texts, buttons) and the
 // bundled sample: the pixels in every format, the update boxes, the frame
 // delay and frames left, the device-text records and the error codes, in
-// views that turn, move, zoom and transform the movie. Each view's frames
+// views that turn, move, zoom and transform the movie, and again after a
+// rewind with zelEngineReset. Each view's frames
 // are hashed and compared with golden_frames.txt, so any change to what a
 // movie shows is seen here; ZEL_WRITE_GOLDEN=1 rewrites the file after a
 // change that is meant (look at the pictures first).
@@ -84,7 +85,9 @@ std::vector<uint32_t> FrameHashes(const swf::Bytes& movie, const View& v) {
     std::vector<uint32_t> hashes;
     // Damage can declare up to 65535 frames; a dozen show what it does.
     const int frames = std::min(zelEngineGetInt(e.get(), 1), 12);
-    for (int f = 0; f < frames; ++f) {
+    // Every frame, then zelEngineReset and the first two frames again.
+    for (int f = 0; f < frames + std::min(frames, 2); ++f) {
+        if (f == frames) zelEngineReset(e.get());
         Hash h;
         textHash = &h;
         h.Add(zelEngineForward(e.get(), 1, v.width, v.height, v.multiplier));
