@@ -91,7 +91,9 @@ std::vector<uint32_t> FrameHashes(const swf::Bytes& movie, const View& v) {
         Hash h;
         textHash = &h;
         h.Add(zelEngineForward(e.get(), 1, v.width, v.height, v.multiplier));
-        for (const _GRECT& r : e.Boxes()) h.Add(r.left), h.Add(r.top), h.Add(r.right), h.Add(r.bottom);
+        for (int full : {0, 1}) {
+            for (const _GRECT& r : e.Boxes(full)) h.Add(r.left), h.Add(r.top), h.Add(r.right), h.Add(r.bottom);
+        }
         h.Add(zelEnginePlay(e.get(), &buffer, 0, 0, v.width, v.height, v.mode));
         h.Add(pixels.data(), pixels.size());
         for (unsigned code : e.Errors()) h.Add(int(code));
