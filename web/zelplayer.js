@@ -419,15 +419,16 @@ export function paintDeviceText(record, view) {
 // Source-over of straight RGBA bytes onto the premultiplied ARGB words.
 function blendInto(view, src, left, top, right, bottom) {
   const words = new Uint32Array(view.m.HEAPU8.buffer, view.pixels, view.width * view.height);
+  const over = (s, d, a) => Math.round((s * a + d * (255 - a)) / 255);
   let i = 0;
   for (let y = top; y < bottom; ++y) {
+    const row = y * view.width;
     for (let x = left; x < right; ++x, i += 4) {
       const a = src[i + 3];
       if (a === 0) continue;
-      const at = y * view.width + x, d = words[at], keep = 255 - a;
-      const mix = (s, shift) => Math.round((s * a + ((d >>> shift) & 255) * keep) / 255);
-      words[at] = ((a + Math.round((d >>> 24) * keep / 255)) << 24 | mix(src[i], 16) << 16 |
-                   mix(src[i + 1], 8) << 8 | mix(src[i + 2], 0)) >>> 0;
+      const d = words[row + x];
+      words[row + x] = (over(255, d >>> 24, a) << 24 | over(src[i], (d >>> 16) & 255, a) << 16 |
+                        over(src[i + 1], (d >>> 8) & 255, a) << 8 | over(src[i + 2], d & 255, a)) >>> 0;
     }
   }
 }
