@@ -87,7 +87,7 @@ std::vector<Reader> Readers() {
              _TWIPPOINT t;
              return p.ScanTwipPoint(t, &e);
          }},
-        {"pens", bytes([](swf::BitWriter& w) { swf::WriteLineStyles(w, std::vector<swf::Line>(3), true, true); }),
+        {"pens", bytes([](swf::BitWriter& w) { swf::WriteLineStyles(w, std::vector<swf::Line>(3), true); }),
          kErrPenArray,
          [](GParser& p, GError& e) {
              GDataArray<_GSWFPEN> pens;

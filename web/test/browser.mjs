@@ -3,8 +3,9 @@
 // writes the canvas pixels to OUT (straight RGBA rows); then feeds BAD_MOVIE,
 // which must show an error while the page goes on working.
 //   node browser.mjs SITE_DIR MOVIE FRAME OUT BAD_MOVIE [SCREENSHOT.png]
-// Prints one JSON line: canvas size, device-text boxes, the error shown and
-// the frame reached by Step after the error.
+// Prints "key value" lines: width, height, frame, one textBox line per
+// device-text box, the error shown, the frame reached by Step after the
+// error (frameAfterError) and one pageError line per page error.
 import fs from 'node:fs';
 import http from 'node:http';
 import os from 'node:os';
@@ -75,8 +76,9 @@ try {
   result.error = await page.$eval('#error', (e) => e.textContent);
   await page.click('#step');
   result.frameAfterError = await page.evaluate(() => player.frame);
-  result.pageErrors = problems;
-  console.log(JSON.stringify(result));
+  console.log([`width ${result.width}`, `height ${result.height}`, `frame ${result.frame}`,
+    ...result.textBoxes.map((b) => `textBox ${b.join(' ')}`), `error ${result.error}`,
+    `frameAfterError ${result.frameAfterError}`, ...problems.map((p) => `pageError ${p}`)].join('\n'));
 } finally {
   await browser.close();
   server.close();

@@ -3,9 +3,10 @@
 // with the native build.
 //   node render_frames.mjs SITE_DIR MOVIE OUT_PREFIX ORIENTATION FRAME...
 // Writes OUT_PREFIX<frame>.rgba (straight RGBA rows at the movie's own size,
-// turned by ORIENTATION quarter turns) and prints one JSON line: the image
-// size and the boxes device text was sent to (Node has no canvas to draw
-// it). A movie the player refuses prints {"error": message} and exits 3.
+// turned by ORIENTATION quarter turns) and prints "key value" lines: width,
+// height and one textBox line (left top right bottom) per box device text
+// was sent to (Node has no canvas to draw it). A movie the player refuses
+// prints "error MESSAGE" and exits 3.
 import fs from 'node:fs';
 import path from 'node:path';
 
@@ -16,7 +17,7 @@ try {
   await view.load(fs.readFileSync(movie));
 } catch (e) {
   if (!(e instanceof MovieError)) throw e;
-  console.log(JSON.stringify({ error: e.message }));
+  console.log(`error ${e.message}`);
   process.exit(3);
 }
 const q = Number(orientation) & 3;
@@ -28,4 +29,4 @@ while (view.frame < Math.max(...wanted)) {
   view.advance();
   if (wanted.includes(view.frame)) fs.writeFileSync(`${prefix}${view.frame}.rgba`, view.rgba());
 }
-console.log(JSON.stringify({ width: view.width, height: view.height, textBoxes }));
+console.log([`width ${view.width}`, `height ${view.height}`, ...textBoxes.map((b) => `textBox ${b.join(' ')}`)].join('\n'));
