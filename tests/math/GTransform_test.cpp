@@ -5,7 +5,6 @@
 
 #include <gtest/gtest.h>
 
-#include <array>
 #include <climits>
 
 namespace {
@@ -46,23 +45,6 @@ TEST(GTransformTest, ZoomScaleFitsInsideTheView) {
             << c.movieW << "x" << c.movieH << " in " << c.viewW << "x" << c.viewH << " turn " << c.orientation;
 }
 
-TEST(GTransformTest, TransFormForEachOrientation) {
-    const _GPOINT origin = {30, -40};
-    struct Case {
-        unsigned orientation;
-        double a, b, c, d;
-    };
-    const Case cases[] = {{0, 2, 0, 0, 2}, {1, 0, 2, -2, 0}, {2, -2, 0, 0, -2}, {3, 0, -2, 2, 0}};
-    for (const Case& c : cases) {
-        const GMatrix m = GTransform::GetTransForm(2.0, c.orientation, origin);
-        EXPECT_EQ((std::array<double, 6>{m.m[0][0], m.m[0][1], m.m[0][2], m.m[1][0], m.m[1][1], m.m[1][2]}),
-                  (std::array<double, 6>{c.a, c.b, 30, c.c, c.d, -40}));
-    }
-    const GMatrix bad = GTransform::GetTransForm(2.0, 5, origin);
-    for (const auto& row : bad.m)
-        for (double v : row) EXPECT_EQ(v, 0.0);
-}
-
 TEST(GTransformTest, SrcPointUndoesTheTransform) {
     const _GPOINT origin = {100, 50};
     for (unsigned o = 0; o < 4; ++o) {
@@ -89,17 +71,6 @@ TEST(GTransformTest, OffsetBringsTheTurnedPointOntoTheTarget) {
     const _GPOINT bad = GTransform::GetOffset(1.5, 7, point, target);
     EXPECT_EQ(bad.x, target.x);
     EXPECT_EQ(bad.y, target.y);
-}
-
-TEST(GAngleFunctionTest, TableHoldsFlooredSinesTimes32768) {
-    const GAngleFunction f;
-    struct Case {
-        int i;
-        double v;
-    };
-    for (const Case c : {Case{0, 0}, Case{1, 571}, Case{2, 1143}, Case{30, 16383}, Case{45, 23170}, Case{89, 32763},
-                         Case{90, 32768}})
-        EXPECT_EQ(f.table[c.i], c.v) << c.i;
 }
 
 TEST(GAngleFunctionTest, SinAndCosOverTheWholeCircle) {

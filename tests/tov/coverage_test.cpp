@@ -167,36 +167,4 @@ TEST(TovCoverage, GradientColoursAtProbesFollowTheFormula)
     }
 }
 
-TEST(TovCoverage, BrushKindsPaintTheirColours)
-{
-    Surface s(256, 4);
-    Canvas c(s);
-    tovGradientStop stops[3] = {{64, {255, 0, 0, 255}}, {128, {0, 255, 0, 255}}, {192, {0, 0, 255, 255}}};
-    double m[2][3] = {{256 / 1638.4, 0, 128}, {0, 1, 0}}; // one ratio step per pixel
-    fillRect(c, tovCreateGradientBrush(c, 2, 3, stops, 1, 128, 0, m, nullptr), 0, 0, 256, 2);
-    EXPECT_EQ(s.argb(60, 1), 0xffff0000u);
-    EXPECT_EQ(s.argb(128, 1), 0xff00ff00u);
-    EXPECT_LE(channelDifference(s.argb(96, 1), 0xff808000u), 2);
-    EXPECT_EQ(s.argb(255, 1), 0xff0000ffu);
-    // The colour transform applies to the stops; a solid brush's colour is
-    // used as given.
-    tovGradientStop flat[2] = {{0, {200, 100, 50, 255}}, {255, {200, 100, 50, 255}}};
-    tovColorTransform cx{256, 0, 128, 10, 256, -100, 512, 0};
-    fillRect(c, tovCreateGradientBrush(c, 3, 2, flat, 1, 0, 0, m, &cx), 0, 2, 10, 3);
-    EXPECT_EQ(s.argb(5, 2), 0xff6e0064u);
-    fillRect(c, tovCreateSolidBrush(c, {200, 100, 50, 255}, &cx), 0, 3, 10, 4);
-    EXPECT_EQ(s.argb(5, 3), 0xffc86432u);
-    // A singular matrix and a bitmap paint nothing; translucent colour
-    // blends source-over.
-    double singular[2][3] = {{1, 2, 0}, {2, 4, 0}};
-    fillRect(c, tovCreateGradientBrush(c, 2, 3, stops, 1, 0, 0, singular, nullptr), 20, 2, 30, 4);
-    fillRect(c, tovCreateBmpBrush(c, 4, nullptr, 0, 0, m, nullptr), 30, 2, 40, 4);
-    EXPECT_EQ(s.argb(25, 3) | s.argb(35, 3), 0u);
-    tovColor white{255, 255, 255, 255};
-    tovSetClipBox(c, 40, 2, 50, 4);
-    tovClear(c, &white);
-    fillRect(c, solid(c, 0, 0, 0, 128), 40, 2, 50, 4);
-    EXPECT_EQ(s.argb(45, 3), 0xff7f7f7fu);
-}
-
 } // namespace
