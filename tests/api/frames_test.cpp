@@ -28,19 +28,20 @@ struct View {
     int originX, originY, multiplier, mode;
     bool transform;
     int bufferX, bufferY;  // output pixel shown at buffer pixel (0, 0)
+    uint32_t background;   // 0xAARRGGBB set with zelEngineSetBgColor; 0: the movie's own
 };
 
 // Every format once, every orientation, both play modes that repaint only
 // the changed parts and the two that repaint everything.
 const View kViews[] = {
-    {160, 120, ZEL_FORMAT_ARGB32, 4, 0, 0, 0, 1, 0, false, 0, 0},
-    {97, 61, ZEL_FORMAT_RGB565, 2, 1, 7, 5, 1, 2, false, 0, 0},
-    {120, 160, ZEL_FORMAT_RGB24, 3, 2, 0, 0, 1, 0, true, 0, 0},
-    {64, 64, ZEL_FORMAT_BGR24, 3, 3, -3, 4, 2, -1, false, 0, 0},
-    {80, 60, ZEL_FORMAT_RGB555, 2, 0, 0, 0, 1, 0, true, 0, 0},
-    {70, 50, ZEL_FORMAT_RGB444, 2, 1, 0, 0, 1, 1, false, 0, 0},
-    {90, 70, ZEL_FORMAT_BGR565, 2, 2, 0, 0, 1, 0, false, 12, 9},
-    {50, 40, ZEL_FORMAT_BGR24B, 3, 0, 0, 0, 3, 0, false, 20, 10},
+    {160, 120, ZEL_FORMAT_ARGB32, 4, 0, 0, 0, 1, 0, false, 0, 0, 0},
+    {97, 61, ZEL_FORMAT_RGB565, 2, 1, 7, 5, 1, 2, false, 0, 0, 0},
+    {120, 160, ZEL_FORMAT_RGB24, 3, 2, 0, 0, 1, 0, true, 0, 0, 0},
+    {64, 64, ZEL_FORMAT_BGR24, 3, 3, -3, 4, 2, -1, false, 0, 0, 0},
+    {80, 60, ZEL_FORMAT_RGB555, 2, 0, 0, 0, 1, 0, true, 0, 0, 0xFF20C040},
+    {70, 50, ZEL_FORMAT_RGB444, 2, 1, 0, 0, 1, 1, false, 0, 0, 0},
+    {90, 70, ZEL_FORMAT_BGR565, 2, 2, 0, 0, 1, 0, false, 12, 9, 0x80FF0000},
+    {50, 40, ZEL_FORMAT_BGR24B, 3, 0, 0, 0, 3, 0, false, 20, 10, 0},
 };
 
 class Hash {
@@ -78,6 +79,10 @@ std::vector<uint32_t> FrameHashes(const swf::Bytes& movie, const View& v) {
     zelEngineFlipCanvas(e.get(), v.orientation);
     zelEngineSetOrg(e.get(), v.originX, v.originY);
     zelEngineSetTextDraw(e.get(), HashText, 0);
+    if (v.background) {
+        const uint32_t c = v.background;
+        zelEngineSetBgColor(e.get(), int(c >> 16 & 255), int(c >> 8 & 255), int(c & 255), int(c >> 24));
+    }
     const int stride = v.width * v.bytesPerPixel + 5;
     std::vector<uint8_t> pixels(size_t(stride) * v.height, 0x5A);
     _GOFFSCR buffer{v.bufferX, v.bufferY, v.width, v.height, v.format, reinterpret_cast<intptr_t>(pixels.data()),
@@ -85,9 +90,10 @@ std::vector<uint32_t> FrameHashes(const swf::Bytes& movie, const View& v) {
     std::vector<uint32_t> hashes;
     // Damage can declare up to 65535 frames; a dozen show what it does.
     const int frames = std::min(zelEngineGetInt(e.get(), 1), 12);
-    // Every frame, then zelEngineReset and the first two frames again.
-    for (int f = 0; f < frames + std::min(frames, 2); ++f) {
-        if (f == frames) zelEngineReset(e.get());
+    // Every frame and one past the end, then zelEngineReset and the first
+    // two frames again.
+    for (int f = 0; f <= frames + std::min(frames, 2); ++f) {
+        if (f == frames + 1) zelEngineReset(e.get());
         Hash h;
         textHash = &h;
         h.Add(zelEngineForward(e.get(), 1, v.width, v.height, v.multiplier));
