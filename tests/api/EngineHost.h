@@ -11,12 +11,6 @@
 
 namespace host {
 
-// Opaque colours as premultiplied ARGB pixels.
-constexpr uint32_t kWhite = 0xFFFFFFFFu;
-constexpr uint32_t kRed = 0xFFFF0000u;
-constexpr uint32_t kGreen = 0xFF00FF00u;
-constexpr uint32_t kBlue = 0xFF0000FFu;
-
 // Opens a movie kept alive as long as the handle.
 class Engine {
 public:
@@ -65,18 +59,6 @@ struct Pixels {
 };
 
 inline swf::Rgba Color(uint8_t r, uint8_t g, uint8_t b, uint8_t a = 255) { return swf::Rgba{r, g, b, a}; }
-
-// An axis-aligned filled rectangle shape (twips), fill 1, no line.
-inline swf::Shape Box(int32_t x0, int32_t y0, int32_t x1, int32_t y1, swf::Rgba color) {
-    swf::Shape s({swf::Fill::Solid(color)}, {});
-    s.MoveTo(x0, y0).Fill1(1).LineTo(x1, y0).LineTo(x1, y1).LineTo(x0, y1).LineTo(x0, y0);
-    return s;
-}
-
-inline swf::Bytes BoxShape(uint16_t id, int32_t x0, int32_t y0, int32_t x1, int32_t y1, swf::Rgba color,
-                           int version = 1) {
-    return swf::DefineShape(id, swf::Rect{x0, x1, y0, y1, 0}, Box(x0, y0, x1, y1, color), version);
-}
 
 // A movie of the given pixel size (default 100 x 100) with a background.
 inline swf::Movie MovieOf(int w = 100, int h = 100) {

@@ -7,14 +7,29 @@
 #include "chars/BSprite.h"
 #include "display/DictionaryFixture.h"
 #include "display/GActor.h"
-#include "fixture/SwfSprites.h"
+#include "fixture/SwfBuilder.h"
 #include "render/GClipBox.h"
 
 namespace {
 
 using swf::Bytes;
-using swf::Place;
-using swf::SpriteOf;
+
+// A sprite whose timeline is `frames`, each closed by a ShowFrame.
+Bytes SpriteOf(uint16_t id, const std::vector<std::vector<Bytes>>& frames) {
+    swf::Tags tags;
+    for (const std::vector<Bytes>& frame : frames) {
+        for (const Bytes& tag : frame) tags.Add(tag);
+        tags.Add(swf::ShowFrame());
+    }
+    return swf::DefineSprite(id, tags);
+}
+
+Bytes Place(uint16_t id, uint16_t depth) {
+    swf::Place2 p;
+    p.depth = depth;
+    p.characterId = id;
+    return swf::PlaceObject2(p);
+}
 
 BSprite* Build(DictionaryFixture& f, uint16_t id) { return static_cast<BSprite*>(f.dict.NewChar(id)); }
 

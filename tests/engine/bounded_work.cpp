@@ -15,7 +15,6 @@
 #include <vector>
 
 #include "fixture/SwfBuilder.h"
-#include "fixture/SwfText.h"
 #include "zelengine.h"
 
 namespace {
@@ -73,10 +72,18 @@ Bytes MovieOf(const std::vector<Bytes> &definitions, int places, int frames = 2)
     return m.Build();
 }
 
+// A glyph that fills the em above the baseline.
+Shape SquareGlyph()
+{
+    Shape s;
+    s.MoveTo(0, -1024).Fill1(1).LineTo(1024, -1024).LineTo(1024, 0).LineTo(0, 0).LineTo(0, -1024);
+    return s;
+}
+
 // A tag whose body is cut after `keep` bytes, its header saying so.
 Bytes Cut(const Bytes &tag, size_t keep)
 {
-    Bytes body = TagBody(tag);
+    Bytes body(tag.begin() + ((tag[0] & 0x3F) == 0x3F ? 6 : 2), tag.end());
     body.resize(keep < body.size() ? keep : body.size());
     return Tag(uint16_t((tag[0] | tag[1] << 8) >> 6), body, true);
 }
