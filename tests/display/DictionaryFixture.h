@@ -4,7 +4,6 @@
 #ifndef ZEL_TESTS_DISPLAY_DICTIONARYFIXTURE_H
 #define ZEL_TESTS_DISPLAY_DICTIONARYFIXTURE_H
 
-#include <cstddef>
 #include <cstring>
 #include <memory>
 #include <utility>
@@ -14,59 +13,31 @@
 #include "display/GDictionary.h"
 #include "fixture/SwfBuilder.h"
 
-class MovieBuffer {
+// A dictionary over the tags, every tag inserted under its id.
+class DictionaryFixture {
 public:
-    explicit MovieBuffer(const std::vector<swf::Bytes>& tags) {
-        for (const swf::Bytes& t : tags) {
-            offsets_.push_back(size_);
-            size_ += t.size();
+    explicit DictionaryFixture(const std::vector<std::pair<uint16_t, swf::Bytes>>& defs) {
+        size_t size = 0;
+        for (const auto& d : defs) offsets_.push_back(size), size += d.second.size();
+        movie_.reset(new unsigned char[size ? size : 1]);
+        for (size_t i = 0; i < defs.size(); ++i) {
+            if (!defs[i].second.empty()) std::memcpy(Tag(i), defs[i].second.data(), defs[i].second.size());
         }
-        bytes_.reset(new unsigned char[size_ ? size_ : 1]);
-        size_t at = 0;
-        for (const swf::Bytes& t : tags) {
-            if (!t.empty()) std::memcpy(bytes_.get() + at, t.data(), t.size());
-            at += t.size();
-        }
+        dict.error = &errors;
+        dict.movieEnd = movie_.get() + size;
+        for (size_t i = 0; i < defs.size(); ++i) dict.Insert(defs[i].first, Tag(i));
     }
-    unsigned char* Tag(size_t i) { return bytes_.get() + offsets_.at(i); }
-    const unsigned char* End() const { return bytes_.get() + size_; }
-    size_t Size() const { return size_; }
+    unsigned char* Tag(size_t i) { return movie_.get() + offsets_.at(i); }
 
 private:
-    std::unique_ptr<unsigned char[]> bytes_;
-    std::vector<size_t> offsets_;
-    size_t size_ = 0;
-};
-
-// A dictionary over a movie buffer, with every tag inserted under its id.
-class DictionaryFixture {
-    // Declared first: the buffer must outlive the dictionary, whose
+    // Declared first: the movie must outlive the dictionary, whose
     // destructor reads the slots that point into it.
-    MovieBuffer movie_;
+    std::unique_ptr<unsigned char[]> movie_;
+    std::vector<size_t> offsets_;
 
 public:
-    explicit DictionaryFixture(const std::vector<std::pair<uint16_t, swf::Bytes>>& defs)
-        : movie_(Bodies(defs)) {
-        dict.error = &errors;
-        dict.movieEnd = movie_.End();
-        for (size_t i = 0; i < defs.size(); ++i) dict.Insert(defs[i].first, movie_.Tag(i));
-    }
-    unsigned char* Tag(size_t i) { return movie_.Tag(i); }
-    // The most recent error code, or 0 when none is pending.
-    unsigned LastError() {
-        unsigned code = 0;
-        return errors.PopError(code) > 0 ? code : 0;
-    }
-
     GError errors;
     GDictionary dict;
-
-private:
-    static std::vector<swf::Bytes> Bodies(const std::vector<std::pair<uint16_t, swf::Bytes>>& defs) {
-        std::vector<swf::Bytes> out;
-        for (const auto& d : defs) out.push_back(d.second);
-        return out;
-    }
 };
 
 // A 10 x 10 pixel square shape (200 twips), filled with `c`.
