@@ -19,12 +19,6 @@ inline std::unique_ptr<unsigned char[]> Exact(const swf::Bytes& bytes, size_t n 
     return p;
 }
 
-// Sets `p` over exactly n bytes at `data`: the range's inclusive end is the
-// last byte, so nothing beyond them can be read successfully.
-inline void Over(GParser& p, const unsigned char* data, size_t n) {
-    p.Init(data, static_cast<unsigned>(n - 1), data + n);
-}
-
 // The code left on the stack, or 0 when it is empty.
 inline unsigned Popped(GError& errors) {
     unsigned code = 0;
