@@ -1,7 +1,8 @@
-// Hostile movies through the public API: every prefix and many random
-// corruptions of the corpus movies (every character type), plus inputs the
-// fuzzer found, are opened and driven like a host would drive them. The
-// assertions are the sanitizers' (this suite also runs under ASan + UBSan).
+// Hostile movies through the public API: every prefix of the corpus movies
+// (every character type), many random corruptions of them and of generated
+// movies, and inputs the fuzzer found are opened and driven like a host
+// would drive them. The assertions are the sanitizers' (this suite also runs
+// under ASan + UBSan).
 #include <gtest/gtest.h>
 
 #include <random>
@@ -9,6 +10,7 @@
 
 #include "api/EngineHost.h"
 #include "fixture/Corpus.h"
+#include "fixture/MovieGenerator.h"
 
 namespace {
 
@@ -40,10 +42,12 @@ TEST(HostileMovies, EveryPrefixIsSafe) {
 }
 
 TEST(HostileMovies, RandomCorruptionsAreSafe) {
-    const std::vector<corpus::Entry> movies = corpus::All();
+    std::vector<swf::Bytes> movies;
+    for (const corpus::Entry& m : corpus::All()) movies.push_back(m.movie);
+    for (unsigned seed = 1; seed <= 10; ++seed) movies.push_back(swf::MovieGenerator(seed).Generate(6));
     std::mt19937 rng(2026);
-    for (int round = 0; round < 1000; ++round) {
-        swf::Bytes bad = movies[size_t(round) % movies.size()].movie;
+    for (int round = 0; round < 2000; ++round) {
+        swf::Bytes bad = movies[size_t(round) % movies.size()];
         const int flips = 1 + static_cast<int>(rng() % 6);
         for (int i = 0; i < flips; ++i) {
             size_t at = 8 + rng() % (bad.size() - 8);

@@ -1,6 +1,7 @@
 // formats_test.cpp: every pixel format shows the same picture as ARGB32
 // within its precision, and byte layouts are as documented.
 #include "tov_fixture.h"
+#include "fixture/PixelFormats.h"
 
 #include <gtest/gtest.h>
 
@@ -8,38 +9,8 @@ using namespace tovtest;
 
 namespace {
 
-struct Format {
-    int code;
-    int bytes;
-    int bits[3]; // precision of red, green, blue
-};
-
-const Format kFormats[] = {
-    {280, 4, {8, 8, 8}}, {24, 3, {8, 8, 8}}, {272, 3, {8, 8, 8}}, {271, 3, {8, 8, 8}},
-    {16, 2, {5, 6, 5}},  {15, 2, {5, 5, 5}}, {12, 2, {4, 4, 4}},  {268, 2, {5, 6, 5}},
-};
-
-// Decodes one pixel to 8-bit red, green, blue, independently of the library.
-void decode(int format, const uint8_t *p, int rgb[3])
-{
-    uint16_t w = 0;
-    std::memcpy(&w, p, 2);
-    auto widen = [](int v, int bits) { return v * 255 / ((1 << bits) - 1); };
-    switch (format) {
-    case 280: {
-        uint32_t v;
-        std::memcpy(&v, p, 4);
-        rgb[0] = (v >> 16) & 255, rgb[1] = (v >> 8) & 255, rgb[2] = v & 255;
-        break;
-    }
-    case 24: rgb[0] = p[0], rgb[1] = p[1], rgb[2] = p[2]; break;
-    case 271: case 272: rgb[0] = p[2], rgb[1] = p[1], rgb[2] = p[0]; break;
-    case 16: rgb[0] = widen(w >> 11, 5), rgb[1] = widen((w >> 5) & 63, 6), rgb[2] = widen(w & 31, 5); break;
-    case 268: rgb[0] = widen(w & 31, 5), rgb[1] = widen((w >> 5) & 63, 6), rgb[2] = widen(w >> 11, 5); break;
-    case 15: rgb[0] = widen((w >> 10) & 31, 5), rgb[1] = widen((w >> 5) & 31, 5), rgb[2] = widen(w & 31, 5); break;
-    default: rgb[0] = widen((w >> 8) & 15, 4), rgb[1] = widen((w >> 4) & 15, 4), rgb[2] = widen(w & 15, 4); break;
-    }
-}
+using pixels::Format;
+using pixels::kFormats;
 
 // A scene of opaque and translucent fills, a gradient and a stroke over an
 // opaque background.
@@ -73,13 +44,10 @@ TEST(TovFormats, EveryFormatShowsTheArgbPictureWithinItsPrecision)
         for (int y = 0; y < 32; ++y)
             for (int x = 0; x < 32; ++x) {
                 int want[3], got[3];
-                decode(280, ref.at(x, y), want);
-                decode(f.code, s.at(x, y), got);
+                pixels::Decode(280, ref.at(x, y), want);
+                pixels::Decode(f.code, s.at(x, y), got);
                 for (int k = 0; k < 3; ++k) {
-                    // One step of the channel for the stored value, plus one
-                    // more when blending read back a rounded destination.
-                    int step = 255 / ((1 << f.bits[k]) - 1);
-                    ASSERT_NEAR(got[k], want[k], f.bits[k] == 8 ? 1 : 2 * step)
+                    ASSERT_NEAR(got[k], want[k], pixels::Tolerance(f, k))
                         << "format " << f.code << " at " << x << "," << y << " channel " << k;
                 }
             }
