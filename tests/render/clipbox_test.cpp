@@ -2,6 +2,7 @@
 // touching boxes into the first one met, and the cases that leave it alone.
 #include <gtest/gtest.h>
 
+#include <climits>
 #include <vector>
 
 #include "render/GClipBox.h"
@@ -55,8 +56,8 @@ TEST(ClipBox, HugeCoordinatesSaturateInsteadOfOverflowing) {
     GClipBox set;
     set.InsertClipBox({-1e300, -1e300, 1e300, 1e300});
     ASSERT_EQ(set.boxes.count, 1);
-    EXPECT_LT(set.boxes[0].left, 0);
-    EXPECT_GT(set.boxes[0].right, 0);
+    EXPECT_EQ(set.boxes[0].left, (INT32_MIN - 1.0) * 20);
+    EXPECT_EQ(set.boxes[0].right, (INT32_MAX + 2.0) * 20);
 }
 
 }  // namespace
