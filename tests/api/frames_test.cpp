@@ -100,6 +100,13 @@ std::vector<uint32_t> FrameHashes(const swf::Bytes& movie, const View& v) {
         for (int full : {0, 1}) {
             for (const _GRECT& r : e.Boxes(full)) h.Add(r.left), h.Add(r.top), h.Add(r.right), h.Add(r.bottom);
         }
+        if (f == 0) {
+            // A buffer of no width gets nothing, and the first drawing
+            // stays a full repaint.
+            _GOFFSCR none = buffer;
+            none.width = 0;
+            zelEnginePlay(e.get(), &none, 0, 0, v.width, v.height, v.mode);
+        }
         h.Add(zelEnginePlay(e.get(), &buffer, 0, 0, v.width, v.height, v.mode));
         h.Add(pixels.data(), pixels.size());
         for (unsigned code : e.Errors()) h.Add(int(code));
