@@ -1,5 +1,5 @@
 // Test helpers that use the engine the way a host does, through the public
-// header only: an owning handle, an ARGB pixel buffer, and small movies.
+// header only: an owning handle and an ARGB pixel buffer.
 #ifndef ZEL_TESTS_API_ENGINEHOST_H
 #define ZEL_TESTS_API_ENGINEHOST_H
 
@@ -57,15 +57,6 @@ struct Pixels {
     uint32_t at(int x, int y) const { return data[static_cast<size_t>(y) * width + x]; }
     _GOFFSCR* get() { return &descriptor; }
 };
-
-inline swf::Rgba Color(uint8_t r, uint8_t g, uint8_t b, uint8_t a = 255) { return swf::Rgba{r, g, b, a}; }
-
-// A movie of the given pixel size (default 100 x 100) with a background.
-inline swf::Movie MovieOf(int w = 100, int h = 100) {
-    swf::Movie m;
-    m.frame = swf::Rect{0, w * 20, 0, h * 20, 0};
-    return m;
-}
 
 }  // namespace host
 

@@ -7,12 +7,56 @@
 
 #include <algorithm>
 #include <cstdlib>
+#include <cstring>
+#include <memory>
 
 #include "api/EngineHost.h"
 #include "fixture/MovieGenerator.h"
-#include "fixture/PixelFormats.h"
 
 namespace {
+
+// The pixel formats as this test reads them, independently of the library:
+// bytes per pixel, bits per channel and a decoder to 8-bit red, green, blue.
+namespace pixels {
+
+struct Format {
+    int code;
+    int bytes;
+    int bits[3];  // precision of red, green, blue
+};
+
+constexpr Format kFormats[] = {
+    {280, 4, {8, 8, 8}}, {24, 3, {8, 8, 8}}, {272, 3, {8, 8, 8}}, {271, 3, {8, 8, 8}},
+    {16, 2, {5, 6, 5}},  {15, 2, {5, 5, 5}}, {12, 2, {4, 4, 4}},  {268, 2, {5, 6, 5}},
+};
+
+void Decode(int format, const uint8_t* p, int rgb[3]) {
+    uint16_t w = 0;
+    std::memcpy(&w, p, 2);
+    auto widen = [](int v, int bits) { return v * 255 / ((1 << bits) - 1); };
+    switch (format) {
+        case 280: {
+            uint32_t v;
+            std::memcpy(&v, p, 4);
+            rgb[0] = (v >> 16) & 255, rgb[1] = (v >> 8) & 255, rgb[2] = v & 255;
+            break;
+        }
+        case 24: rgb[0] = p[0], rgb[1] = p[1], rgb[2] = p[2]; break;
+        case 271: case 272: rgb[0] = p[2], rgb[1] = p[1], rgb[2] = p[0]; break;
+        case 16: rgb[0] = widen(w >> 11, 5), rgb[1] = widen((w >> 5) & 63, 6), rgb[2] = widen(w & 31, 5); break;
+        case 268: rgb[0] = widen(w & 31, 5), rgb[1] = widen((w >> 5) & 63, 6), rgb[2] = widen(w >> 11, 5); break;
+        case 15: rgb[0] = widen((w >> 10) & 31, 5), rgb[1] = widen((w >> 5) & 31, 5), rgb[2] = widen(w & 31, 5); break;
+        default: rgb[0] = widen((w >> 8) & 15, 4), rgb[1] = widen((w >> 4) & 15, 4), rgb[2] = widen(w & 15, 4); break;
+    }
+}
+
+// How far a channel may stray from the ARGB picture: one step of the stored
+// precision, plus one more where blending read back a rounded destination.
+int Tolerance(const Format& f, int channel) {
+    return f.bits[channel] == 8 ? 1 : 2 * (255 / ((1 << f.bits[channel]) - 1));
+}
+
+}  // namespace pixels
 
 constexpr int kW = swf::MovieGenerator::kWidth * 2, kH = swf::MovieGenerator::kHeight * 2;  // a zoom of 2
 constexpr int kFrames = 14;

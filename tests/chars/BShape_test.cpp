@@ -5,6 +5,17 @@
 #include "chars/BShape.h"
 #include "display/DictionaryFixture.h"
 
+namespace {
+
+// A 10 x 10 pixel square shape (200 twips).
+swf::Bytes SquareShape(uint16_t id) {
+    swf::Shape s({swf::Fill::Solid({255, 0, 0, 255})}, {});
+    s.MoveTo(0, 0).Fill1(1).LineTo(200, 0).LineTo(200, 200).LineTo(0, 200).LineTo(0, 0);
+    return swf::DefineShape(id, swf::Rect{0, 200, 0, 200, 0}, s, 1);
+}
+
+}  // namespace
+
 TEST(BShapeLoad, ATagLongerThanTheMovieIsReadOnlyUpToTheMoviesEnd) {
     swf::Bytes full = SquareShape(1);
     swf::Bytes body(full.begin() + 2, full.end());

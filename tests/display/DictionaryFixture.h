@@ -40,11 +40,4 @@ public:
     GDictionary dict;
 };
 
-// A 10 x 10 pixel square shape (200 twips), filled with `c`.
-inline swf::Bytes SquareShape(uint16_t id, swf::Rgba c = {255, 0, 0, 255}, int version = 1) {
-    swf::Shape s({swf::Fill::Solid(c)}, {});
-    s.MoveTo(0, 0).Fill1(1).LineTo(200, 0).LineTo(200, 200).LineTo(0, 200).LineTo(0, 0);
-    return swf::DefineShape(id, swf::Rect{0, 200, 0, 200, 0}, s, version);
-}
-
 #endif
